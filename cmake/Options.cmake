@@ -1,0 +1,27 @@
+# What every target of this project is compiled with.
+add_library(zemo_options INTERFACE)
+target_compile_features(zemo_options INTERFACE cxx_std_20)
+target_compile_options(zemo_options INTERFACE
+    -Wall -Wextra -Wpedantic -Werror
+    -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Wcast-align
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wdouble-promotion
+    # The arithmetic is part of the product: no fused multiply-add, on any processor.
+    -ffp-contract=off)
+
+if(ZEMO_SANITIZE)
+    target_compile_options(zemo_options INTERFACE
+        -fsanitize=${ZEMO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(zemo_options INTERFACE -fsanitize=${ZEMO_SANITIZE})
+endif()
+if(ZEMO_FUZZ)
+    target_compile_options(zemo_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# zemo_room(NAME ROOT <include root> SOURCES ... LINKS ...): one room of the house.
+# Only the rooms named in LINKS are on its include path, so a wrong include does not compile.
+function(zemo_room name)
+    cmake_parse_arguments(ROOM "" "ROOT" "SOURCES;LINKS" ${ARGN})
+    add_library(${name} STATIC ${ROOM_SOURCES})
+    target_include_directories(${name} PUBLIC ${ROOM_ROOT})
+    target_link_libraries(${name} PUBLIC ${ROOM_LINKS} PRIVATE zemo_options)
+endfunction()

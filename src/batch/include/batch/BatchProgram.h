@@ -1,0 +1,13 @@
+#pragma once
+
+#include "batch/CommandLine.h"
+
+namespace zemo::batch {
+
+/// How the program ends.
+enum ExitStatus : int { kDone = 0, kStepFailed = 1, kWrongCommandLine = 2 };
+
+/// [main] Does what the command line (the program's name left out) says. Returns an ExitStatus.
+int runBatch(const std::vector<std::string>& words);
+
+} // namespace zemo::batch

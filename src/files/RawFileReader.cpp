@@ -1,0 +1,114 @@
+#include "files/RawFileReader.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <span>
+#include <string>
+#include <system_error>
+
+#include "files/CAByteOrder.h"
+#include "files/FixFlags.h"
+#include "files/PostError.h"
+#include "platform/Format.h"
+#include "platform/Services.h"
+#include "platform/TraceLog.h"
+#include "playback/SharedState.h"
+#include "playback/SoundExchange.h"
+
+namespace zemo {
+namespace {
+
+using platform::FileStream;
+using platform::format;
+
+constexpr std::size_t kLineBytes = 1000; ///< terminating zero included
+
+platform::TraceLog& trace() { return *platform::services().trace; }
+
+/// NaN samples stay in the sound: the values pass through stripeNaN and its results are discarded.
+/// This is required, and not to be turned into a replacement.
+void passThroughStripeNaN(std::span<const float> samples) {
+    for (const float sample : samples) {
+        static_cast<void>(stripeNaN(sample));
+    }
+}
+
+enum class Loaded : std::uint8_t { Yes, TooShort, NoMemory };
+
+Loaded loadValues(FileStream& stream, const char* path, bool swap) {
+    const std::int64_t count = getSize(&stream, path);
+    if (count == 0) {
+        emptyBuffer();
+        return Loaded::TooShort;
+    }
+    SampleBlock block = allocateSamples(count);
+    if (block == nullptr) {
+        postTooLarge();
+        return Loaded::NoMemory;
+    }
+    const std::span samples(block.get(), static_cast<std::size_t>(count));
+    stream.readAt(0, samples.data(), samples.size_bytes());
+    trace().print("Buffer read!\n");
+    passThroughStripeNaN(samples);
+    if (swap) {
+        swapSamples(samples.first(swappedBytes(count) / sizeof(float)));
+    }
+    replaceBuffer(std::move(block), count);
+    return Loaded::Yes;
+}
+
+/// The first line, newline included when it fits, into the one line buffer of the program.
+const char* readFirstLine(FileStream& stream) {
+    static std::array<char, 1008> line;
+    const std::size_t read = stream.readAt(0, line.data(), kLineBytes - 1);
+    if (read == 0) {
+        return "No text";
+    }
+    const auto* const newline = static_cast<const char*>(std::memchr(line.data(), '\n', read));
+    const std::size_t length =
+        newline != nullptr ? static_cast<std::size_t>(newline - line.data()) + 1 : read;
+    line[length] = '\0';
+    return line.data();
+}
+
+const char* loadAndDescribe(FileStream& stream, const char* path, bool swap) {
+    switch (loadValues(stream, path, swap)) {
+    case Loaded::TooShort:
+        return "size_error";
+    case Loaded::NoMemory:
+        return "error";
+    case Loaded::Yes:
+        break;
+    }
+    const char* const line = readFirstLine(stream);
+    trace().print(format("S = %s\n", line));
+    return line;
+}
+
+const char* reportUnopened(int error) {
+    emptyBuffer();
+    trace().printError(format("error: %s\n", std::generic_category().message(error).c_str()));
+    trace().print(format("S = %s\n", "error"));
+    return "error";
+}
+
+} // namespace
+
+std::int64_t getSize(FileStream* stream, const char* path) {
+    if (stream == nullptr) {
+        return 0;
+    }
+    const std::uint64_t count = stream->size() / sizeof(float);
+    trace().print(format("File %s: %zu\t values\n\n", path, static_cast<std::size_t>(count)));
+    return static_cast<std::int64_t>(count);
+}
+
+const char* openFile(const char* path, bool swap) {
+    int error = 0;
+    const auto stream = platform::services().fileSystem->openForReading(path, error);
+    return stream != nullptr ? loadAndDescribe(*stream, path, swap) : reportUnopened(error);
+}
+
+} // namespace zemo

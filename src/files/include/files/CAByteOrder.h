@@ -1,0 +1,23 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <span>
+
+namespace zemo {
+
+static_assert(std::endian::native == std::endian::little, "ZEMO runs on little-endian hosts");
+
+/// [any] The four bytes of `word` in the opposite order.
+constexpr std::uint32_t CASwap32(std::uint32_t word) noexcept {
+    return (word << 24) | ((word & 0xFF00U) << 8) | ((word >> 8) & 0xFF00U) | (word >> 24);
+}
+
+/// [any] The four bytes of the value's bit pattern in the opposite order.
+float CASwapFloat32BigToHost(float value) noexcept;
+float CASwapFloat32HostToBig(float value) noexcept;
+
+/// [any] Reverses the bytes of every sample. Bit patterns pass through unchanged, NaNs included.
+void swapSamples(std::span<float> samples) noexcept;
+
+} // namespace zemo

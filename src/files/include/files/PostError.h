@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace zemo {
+
+/// [main] Shows `message` (UTF-8, plain text) in a critical alert; returns when it is dismissed.
+void PostError(const std::string& message);
+
+/// [main] What every reader says when there is no memory for a sound.
+void postTooLarge();
+
+} // namespace zemo

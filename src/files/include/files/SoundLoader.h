@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "files/FileUrl.h"
+
+namespace zemo {
+
+/// What became of a file that was chosen in the open panel.
+struct OpenResult {
+    bool isAudioFile = false; ///< by its extension
+    std::string status;       ///< "OK", "KO", or "Raw data file: " and the raw reader's result
+};
+
+/// [any] Whether an extension goes to the audio reader: "caf", "CAF", "aif", "AIF", nothing else.
+/// "aiff" is read as raw data, header included; that is not to be widened.
+bool isAudioFileExtension(const std::string& extension);
+
+/// [main] Sends the file to the reader for its extension.
+OpenResult openByExtension(const FileUrl& url, bool swapRaw);
+
+/// [main] What follows every confirmed panel, also after a refused file: logs the last path (none
+/// when empty) and the sound's length and normalizes the sound, which falls idle first when that
+/// changes it.
+void finishOpening(const std::string& lastPath, float* maxval, bool force);
+
+} // namespace zemo

@@ -1,0 +1,10 @@
+#include "platform/Services.h"
+
+namespace zemo::platform {
+
+Services& services() noexcept {
+    static constinit Services instance;
+    return instance;
+}
+
+} // namespace zemo::platform

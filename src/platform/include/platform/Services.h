@@ -1,0 +1,26 @@
+#pragma once
+
+namespace zemo::platform {
+
+class Alert;
+class AudioOutputService;
+class Clock;
+class FileSystem;
+class SystemVersion;
+class TraceLog;
+
+/// The platform as the core sees it. The program's entry point (or a test) puts the
+/// implementations in before anything else runs; they outlive every use.
+struct Services {
+    AudioOutputService* audioOutput = nullptr;
+    Alert* alert = nullptr;
+    Clock* clock = nullptr;
+    FileSystem* fileSystem = nullptr;
+    SystemVersion* systemVersion = nullptr;
+    TraceLog* trace = nullptr;
+};
+
+/// [any] The one set of services of this process.
+Services& services() noexcept;
+
+} // namespace zemo::platform

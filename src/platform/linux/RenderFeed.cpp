@@ -1,0 +1,57 @@
+#include "platform_linux/RenderFeed.h"
+
+#include <algorithm>
+
+namespace zemo::platform {
+
+void RenderFeed::setCallback(RenderCallback callback, void* context) noexcept {
+    callback_ = callback;
+    context_ = context;
+}
+
+std::uint32_t RenderFeed::fill(float* output, std::uint32_t frames) noexcept {
+    std::fill_n(output, frames, 0.0F);
+    if (phase_.load() != Phase::Rendering) {
+        return fillTail(frames);
+    }
+    tailDone_ = 0;
+    RenderActionFlags flags = 0;
+    const AudioTimeStamp time{sampleTime_};
+    AudioBufferList data{1, {{1, frames * static_cast<std::uint32_t>(sizeof(float)), output}}};
+    callback_(context_, &flags, &time, 0, frames, &data);
+    sampleTime_ += frames;
+    return frames;
+}
+
+std::uint32_t RenderFeed::fillTail(std::uint32_t frames) noexcept {
+    const std::uint32_t left = tailFrames_ - std::min(tailDone_, tailFrames_);
+    if (frames < left) {
+        tailDone_ += frames;
+        return frames;
+    }
+    tailDone_ = tailFrames_;
+    Phase expected = Phase::Tail;
+    // When a play was begun in this very moment the run goes on instead.
+    const bool resumed = !phase_.compare_exchange_strong(expected, Phase::Drained) &&
+                         expected == Phase::Rendering;
+    return resumed || frames == 0 ? frames : std::min(left, frames - 1);
+}
+
+void RenderFeed::begin() noexcept {
+    tailDone_ = 0;
+    sampleTime_ = 0.0;
+    phase_.store(Phase::Rendering);
+}
+
+bool RenderFeed::resume() noexcept {
+    Phase expected = Phase::Tail;
+    return phase_.compare_exchange_strong(expected, Phase::Rendering) ||
+           expected == Phase::Rendering;
+}
+
+void RenderFeed::askStop() noexcept {
+    Phase expected = Phase::Rendering;
+    phase_.compare_exchange_strong(expected, Phase::Tail);
+}
+
+} // namespace zemo::platform

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/FileStream.h"
+#include "platform/SystemVersion.h"
+#include "platform/TraceLog.h"
+
+namespace zemo::platform {
+
+class SteadyClock final : public Clock {
+public:
+    std::chrono::nanoseconds now() override;
+    void sleepFor(std::chrono::nanoseconds time) override;
+};
+
+/// The minor number of the running kernel's release: 1 for "6.1.0-18-amd64".
+class KernelVersion final : public SystemVersion {
+public:
+    std::int32_t minorVersion() override;
+
+    /// [any] The number after the first dot of `release`; 0 when there is none.
+    static std::int32_t minorOf(const std::string& release);
+};
+
+class PosixFileSystem final : public FileSystem {
+public:
+    std::unique_ptr<FileStream> openForReading(const std::string& path, int& error) override;
+};
+
+/// Standard output, standard error, and syslog, which also repeats on standard error.
+class SystemTrace final : public TraceLog {
+public:
+    explicit SystemTrace(const char* programName); ///< the name must outlive the object
+    ~SystemTrace() override;
+
+    void print(std::string_view text) override;
+    void printError(std::string_view text) override;
+    void log(std::string_view text) override;
+};
+
+} // namespace zemo::platform

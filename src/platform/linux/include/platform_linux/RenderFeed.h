@@ -1,0 +1,46 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "platform/AudioOutput.h"
+
+namespace zemo::platform {
+
+/// The life of one device run, shared by the outputs: render calls, then a tail of silence, then
+/// the end. The audio thread fills; the main thread begins, resumes and ends.
+class RenderFeed {
+public:
+    enum class Phase : std::uint8_t {
+        Idle,      ///< no device run
+        Rendering, ///< the callback is called
+        Tail,      ///< the stop was asked for: silence, so that the last sound is heard in full
+        Drained,   ///< nothing more comes
+    };
+
+    void setCallback(RenderCallback callback, void* context) noexcept; ///< [main]
+    void setTail(std::uint32_t frames) noexcept { tailFrames_ = frames; } ///< [main]
+
+    /// [audio][rt] Fills `frames` mono frames. Returns fewer only at the very end.
+    std::uint32_t fill(float* output, std::uint32_t frames) noexcept;
+
+    void begin() noexcept;   ///< [main] with no device run under way
+    bool resume() noexcept;  ///< [main] true when render calls go on in the run under way
+    void askStop() noexcept; ///< [any][rt] render calls give way to the tail
+    void drained() noexcept { phase_.store(Phase::Drained); } ///< [any] the device has ended
+    void end() noexcept { phase_.store(Phase::Idle); } ///< [main] the device run is over
+
+    Phase phase() const noexcept { return phase_.load(); } ///< [any][rt]
+
+private:
+    std::uint32_t fillTail(std::uint32_t frames) noexcept;
+
+    RenderCallback callback_ = nullptr;
+    void* context_ = nullptr;
+    std::uint32_t tailFrames_ = 0;
+    std::atomic<Phase> phase_{Phase::Idle};
+    std::uint32_t tailDone_ = 0; ///< audio thread only
+    double sampleTime_ = 0.0;    ///< audio thread only
+};
+
+} // namespace zemo::platform

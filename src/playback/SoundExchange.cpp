@@ -1,0 +1,85 @@
+#include "playback/SoundExchange.h"
+
+#include "platform/Clock.h"
+#include "platform/RealTime.h"
+#include "platform/Services.h"
+#include "playback/Delegate.h"
+#include "playback/OutputUnit.h"
+#include "playback/SharedState.h"
+
+namespace zemo {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Render calls that have passed their entry and their exit. Sequentially consistent, as is the
+/// length: either a call sees length 0, or the exchange sees that call and waits for it.
+constinit std::atomic<std::uint64_t> callsEntered{0};
+constinit std::atomic<std::uint64_t> callsLeft{0};
+
+/// The block that is to be freed: fBuffer itself may dangle, after clean().
+constinit float* ownedBlock = nullptr;
+
+/// The callback never waits, so this lasts no longer than one call.
+void awaitRenderCallsUnderWay() {
+    const std::uint64_t entered = callsEntered.load();
+    while (callsLeft.load() < entered) {
+        platform::services().clock->sleepFor(50us);
+    }
+}
+
+void exchange(float* samples, std::int64_t count) {
+    fallIdle();
+    fBuffersize.store(0);
+    awaitRenderCallsUnderWay();
+    std::free(ownedBlock);
+    ownedBlock = samples;
+    fBuffer.store(samples);
+    fBuffersize.store(count);
+}
+
+} // namespace
+
+SampleBlock allocateSamples(std::int64_t count) {
+    platform::assertNotRealTime();
+    constexpr std::int64_t kMost = INT64_MAX / static_cast<std::int64_t>(sizeof(float));
+    if (count < 0 || count > kMost - kSlackSamples) {
+        return nullptr;
+    }
+    const auto wanted = static_cast<std::size_t>(count + kSlackSamples);
+    return SampleBlock(static_cast<float*>(std::calloc(wanted, sizeof(float))));
+}
+
+void fallIdle() {
+    platform::assertNotRealTime();
+    platform::AudioOutputUnit* const unit = bufferPlayer.outputUnit;
+    if (unit == nullptr || !unit->isRunning()) {
+        return;
+    }
+    bufferStop0();
+    platform::Clock& clock = *platform::services().clock;
+    const auto deadline = clock.now() + kIdleWait;
+    while (unit->isRunning() && clock.now() < deadline) {
+        clock.sleepFor(500us);
+    }
+    if (unit->isRunning()) {
+        haltOutputUnit();
+    }
+}
+
+void clean() {
+    std::free(ownedBlock);
+    ownedBlock = nullptr;
+    fBuffersize.store(0);
+}
+
+void emptyBuffer() { exchange(nullptr, 0); }
+
+void replaceBuffer(SampleBlock samples, std::int64_t count) { exchange(samples.release(), count); }
+
+RenderPassage::RenderPassage() noexcept
+    : count_((callsEntered.fetch_add(1), fBuffersize.load())), samples_(fBuffer.load()) {}
+
+RenderPassage::~RenderPassage() { callsLeft.fetch_add(1); }
+
+} // namespace zemo

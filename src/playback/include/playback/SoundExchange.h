@@ -1,0 +1,58 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+/// How the sound is replaced while the audio thread may be reading it.
+///
+/// The callback takes the sound's address and length once, at its entry, between the two halves of
+/// a RenderPassage. The main thread first publishes length 0, waits until every call that may have
+/// seen the old length has left, and only then publishes the new address, the new length, and
+/// frees the old block. So a call sees a matching pair or nothing, and never waits.
+namespace zemo {
+
+/// How long a play under way may take to fade and fall idle before it is cut.
+inline constexpr std::chrono::milliseconds kIdleWait{1000};
+
+struct FreeSamples {
+    void operator()(float* samples) const noexcept { std::free(samples); }
+};
+using SampleBlock = std::unique_ptr<float, FreeSamples>;
+
+/// [main], [worker] `count` zeroed samples plus kSlackSamples of slack; null when there is no
+/// memory for them.
+SampleBlock allocateSamples(std::int64_t count);
+
+/// [main] Asks a play under way for its stop and waits until the callback is not called any more,
+/// at most kIdleWait; then stops the unit outright.
+void fallIdle();
+
+/// [main] Frees the sound: fBuffer null, fBuffersize 0. Falls idle first.
+void emptyBuffer();
+
+/// [main] Makes `samples` (from allocateSamples) the sound and frees the old one. Falls idle first.
+void replaceBuffer(SampleBlock samples, std::int64_t count);
+
+/// [main] Frees the sound and sets fBuffersize to 0 but leaves fBuffer dangling. Nothing calls it,
+/// and nothing may while a play is running.
+void clean();
+
+/// [audio][rt] The callback's passage through the sound: what it may read while it lives.
+class RenderPassage {
+public:
+    RenderPassage() noexcept;
+    RenderPassage(const RenderPassage&) = delete;
+    RenderPassage& operator=(const RenderPassage&) = delete;
+    ~RenderPassage();
+
+    const float* samples() const noexcept { return samples_; }
+    std::int64_t count() const noexcept { return count_; } ///< 0 while the sound is exchanged
+
+private:
+    std::int64_t count_;
+    const float* samples_;
+};
+
+} // namespace zemo

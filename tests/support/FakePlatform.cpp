@@ -1,0 +1,207 @@
+#include "support/FakePlatform.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <sstream>
+
+#include "playback/OutputUnit.h"
+#include "playback/SharedState.h"
+#include "playback/SoundExchange.h"
+
+namespace zemo::test {
+namespace {
+
+class MemoryFileStream final : public platform::FileStream {
+public:
+    MemoryFileStream(const std::vector<std::uint8_t>& bytes, std::size_t readable)
+        : bytes_(bytes), readable_(std::min(readable, bytes.size())) {}
+
+    std::uint64_t size() const override { return bytes_.size(); }
+
+    std::size_t readAt(std::uint64_t offset, void* destination, std::size_t count) override {
+        if (offset >= readable_) {
+            return 0;
+        }
+        const std::size_t read = std::min<std::size_t>(count, readable_ - offset);
+        std::memcpy(destination, bytes_.data() + offset, read);
+        return read;
+    }
+
+private:
+    const std::vector<std::uint8_t>& bytes_;
+    std::size_t readable_;
+};
+
+void resetSharedState() {
+    bufferPlayer.outputUnit = nullptr;
+    emptyBuffer();
+    bufferPlayer.readPosition = 0.0;
+    bufferPlayer.rampState = Silent;
+    bufferPlayer.isPlaying = 0;
+    bufferPlayer.buffer = nullptr;
+    bufferPlayer.rmsMode = 0;
+    bufferPlayer.idleCycles = 0;
+    totalFrames = 0;
+    value = 0.0F;
+    R = 0.0;
+    streamFormat = {};
+    renderDelegate = nullptr;
+}
+
+} // namespace
+
+std::vector<float> FakeOutput::pump(std::uint32_t frames, float before) {
+    std::vector<float> output(frames, before);
+    platform::RenderActionFlags flags = 0;
+    const platform::AudioTimeStamp time{};
+    platform::AudioBufferList data{
+        1, {{1, frames * static_cast<std::uint32_t>(sizeof(float)), output.data()}}};
+    callback(context, &flags, &time, 0, frames, &data);
+    return output;
+}
+
+platform::Status FakeOutput::called(const std::string& name) {
+    calls.push_back(name);
+    const auto failure = failures.find(name);
+    return failure != failures.end() ? failure->second : platform::kNoError;
+}
+
+platform::AudioOutputComponent*
+FakeOutput::findNext(const platform::AudioComponentDescription& description) {
+    called("findNext");
+    wanted = description;
+    return hasComponent ? this : nullptr;
+}
+
+platform::Status FakeOutput::newInstance(platform::AudioOutputUnit*& unit) {
+    unit = this;
+    return called("newInstance");
+}
+
+platform::Status FakeOutput::setRenderCallback(platform::RenderCallback proc, void* userContext) {
+    callback = proc;
+    context = userContext;
+    return called("setRenderCallback");
+}
+
+platform::Status FakeOutput::sampleRate(double& hertz) {
+    hertz = rate;
+    return called("sampleRate");
+}
+
+platform::Status
+FakeOutput::setStreamFormat(const platform::AudioStreamBasicDescription& asked) {
+    format = asked;
+    return called("setStreamFormat");
+}
+
+platform::Status FakeOutput::initialize() { return called("initialize"); }
+
+platform::Status FakeOutput::start() {
+    const platform::Status status = called("start");
+    if (status == platform::kNoError) {
+        running = true;
+        if (whileStarting) {
+            whileStarting();
+        }
+    }
+    return status;
+}
+
+platform::Status FakeOutput::stop() {
+    running = false;
+    return called("stop");
+}
+
+bool FakeOutput::takeFailure() { return std::exchange(failed, false); }
+
+void RecordingAlert::runCritical(const std::string& title, const std::string& message,
+                                 const std::string& button) {
+    shown.push_back({title, message, button});
+}
+
+void RecordingTrace::print(std::string_view text) {
+    out += text;
+    all.push_back("out: " + std::string(text));
+}
+
+void RecordingTrace::printError(std::string_view text) {
+    err += text;
+    all.push_back("err: " + std::string(text));
+}
+
+void RecordingTrace::log(std::string_view text) {
+    logged.emplace_back(text);
+    all.push_back("log: " + std::string(text));
+}
+
+void FakeClock::sleepFor(std::chrono::nanoseconds amount) {
+    time += amount;
+    if (whileSleeping) {
+        whileSleeping();
+    }
+}
+
+std::unique_ptr<platform::FileStream> MemoryFileSystem::openForReading(const std::string& path,
+                                                                       int& error) {
+    const auto refused = openErrors.find(path);
+    const auto found = files.find(path);
+    if (refused != openErrors.end() || found == files.end()) {
+        error = refused != openErrors.end() ? refused->second : ENOENT;
+        return nullptr;
+    }
+    return std::make_unique<MemoryFileStream>(found->second, readableBytes);
+}
+
+void RecordingDelegate::updateValue(float level) {
+    std::ostringstream text;
+    text << "updateValue " << level;
+    messages.push_back(text.str());
+}
+
+void RecordingDelegate::resetMeter() { messages.emplace_back("resetMeter"); }
+
+void RecordingDelegate::resetPlayTitle() { messages.emplace_back("resetPlayTitle"); }
+
+void RecordingDelegate::traceIdleCycle(std::int32_t left) {
+    messages.push_back("IdleCycle " + std::to_string(left));
+}
+
+void RecordingDelegate::traceMissingBuffer() { messages.emplace_back("missing buffer"); }
+
+FakePlatform::FakePlatform() : before_(platform::services()) {
+    platform::services() = {.audioOutput = &output,
+                            .alert = &alert,
+                            .clock = &clock,
+                            .fileSystem = &files,
+                            .systemVersion = &systemVersion,
+                            .trace = &trace};
+    resetSharedState();
+}
+
+FakePlatform::~FakePlatform() {
+    resetSharedState();
+    platform::services() = before_;
+}
+
+void FakePlatform::launch(double hertz) {
+    output.rate = hertz;
+    renderDelegate = &delegate;
+    createOutputUnit(&bufferPlayer);
+}
+
+void loadSound(const std::vector<float>& samples) {
+    const auto count = static_cast<std::int64_t>(samples.size());
+    SampleBlock block = allocateSamples(count);
+    std::copy(samples.begin(), samples.end(), block.get());
+    replaceBuffer(std::move(block), count);
+}
+
+std::vector<float> currentSound() {
+    const float* const samples = fBuffer.load();
+    return samples == nullptr ? std::vector<float>()
+                              : std::vector<float>(samples, samples + fBuffersize.load());
+}
+
+} // namespace zemo::test

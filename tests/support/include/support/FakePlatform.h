@@ -1,0 +1,159 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/Alert.h"
+#include "platform/AudioOutput.h"
+#include "platform/Clock.h"
+#include "platform/FileStream.h"
+#include "platform/Services.h"
+#include "platform/SystemVersion.h"
+#include "platform/TraceLog.h"
+#include "playback/Delegate.h"
+
+namespace zemo::test {
+
+/// An output that the test pumps call by call. Every call of the interface is kept in `calls`.
+class FakeOutput final : public platform::AudioOutputService,
+                         public platform::AudioOutputComponent,
+                         public platform::AudioOutputUnit {
+public:
+    // What the test arranges.
+    bool hasComponent = true;
+    double rate = 48000.0;
+    std::map<std::string, platform::Status> failures; ///< status by the name of the call
+    std::function<void()> whileStarting;              ///< runs inside start()
+    bool failed = false;                              ///< what takeFailure() answers once
+
+    // What the test finds.
+    std::vector<std::string> calls;
+    platform::AudioComponentDescription wanted{};
+    platform::AudioStreamBasicDescription format{};
+    platform::RenderCallback callback = nullptr;
+    void* context = nullptr;
+    bool running = false;
+
+    /// One render call of `frames` frames, made whether or not the unit runs. The output buffer is
+    /// filled with `before` first.
+    std::vector<float> pump(std::uint32_t frames, float before = 0.0F);
+
+    platform::AudioOutputComponent*
+    findNext(const platform::AudioComponentDescription& description) override;
+    platform::Status newInstance(platform::AudioOutputUnit*& unit) override;
+    platform::Status setRenderCallback(platform::RenderCallback proc, void* userContext) override;
+    platform::Status sampleRate(double& hertz) override;
+    platform::Status setStreamFormat(const platform::AudioStreamBasicDescription& asked) override;
+    platform::Status initialize() override;
+    platform::Status start() override;
+    platform::Status stop() override;
+    bool isRunning() const noexcept override { return running; }
+    bool attend() override { return running; }
+    bool takeFailure() override;
+    std::string notice() const override { return {}; }
+
+private:
+    platform::Status called(const std::string& name);
+};
+
+/// Keeps every alert instead of showing it.
+class RecordingAlert final : public platform::Alert {
+public:
+    struct Shown {
+        std::string title;
+        std::string message;
+        std::string button;
+    };
+    std::vector<Shown> shown;
+
+    void runCritical(const std::string& title, const std::string& message,
+                     const std::string& button) override;
+};
+
+/// Keeps every trace line; `all` has them in their order, each behind "out: ", "err: " or "log: ".
+class RecordingTrace final : public platform::TraceLog {
+public:
+    std::string out;
+    std::string err;
+    std::vector<std::string> logged;
+    std::vector<std::string> all;
+
+    void print(std::string_view text) override;
+    void printError(std::string_view text) override;
+    void log(std::string_view text) override;
+};
+
+/// Time passes only when somebody sleeps; `whileSleeping` runs at every sleep.
+class FakeClock final : public platform::Clock {
+public:
+    std::chrono::nanoseconds time{0};
+    std::function<void()> whileSleeping;
+
+    std::chrono::nanoseconds now() override { return time; }
+    void sleepFor(std::chrono::nanoseconds amount) override;
+};
+
+/// Files in memory. A path that is not among them cannot be opened: ENOENT.
+class MemoryFileSystem final : public platform::FileSystem {
+public:
+    std::map<std::string, std::vector<std::uint8_t>> files;
+    std::map<std::string, int> openErrors;   ///< error number by path
+    std::size_t readableBytes = SIZE_MAX;    ///< reads past this many bytes of a file fall short
+
+    std::unique_ptr<platform::FileStream> openForReading(const std::string& path,
+                                                         int& error) override;
+};
+
+class FakeSystemVersion final : public platform::SystemVersion {
+public:
+    std::int32_t minor = 10;
+    std::int32_t minorVersion() override { return minor; }
+};
+
+/// Keeps the callback's messages: "updateValue 0.5", "resetMeter", "resetPlayTitle",
+/// "IdleCycle 1", "missing buffer".
+class RecordingDelegate final : public RenderDelegate {
+public:
+    std::vector<std::string> messages;
+
+    void updateValue(float level) override;
+    void resetMeter() override;
+    void resetPlayTitle() override;
+    void traceIdleCycle(std::int32_t left) override;
+    void traceMissingBuffer() override;
+};
+
+/// All the fakes, installed as this process's services for as long as the object lives. Shared
+/// state is as at start before and after: empty sound, player at rest, no unit.
+class FakePlatform {
+public:
+    FakePlatform();
+    FakePlatform(const FakePlatform&) = delete;
+    FakePlatform& operator=(const FakePlatform&) = delete;
+    ~FakePlatform();
+
+    FakeOutput output;
+    RecordingAlert alert;
+    RecordingTrace trace;
+    FakeClock clock;
+    MemoryFileSystem files;
+    FakeSystemVersion systemVersion;
+    RecordingDelegate delegate;
+
+    /// createOutputUnit over the fake output, at `hertz`.
+    void launch(double hertz = 48000.0);
+
+private:
+    platform::Services before_;
+};
+
+/// Makes `samples` the shared sound, slack and all.
+void loadSound(const std::vector<float>& samples);
+
+/// The shared sound as a vector.
+std::vector<float> currentSound();
+
+} // namespace zemo::test

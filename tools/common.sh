@@ -1,0 +1,39 @@
+# shellcheck shell=bash
+# What the scripts of this project share; sourced, not run.
+
+# quietly LOG COMMAND...: runs COMMAND with its output in LOG, and shows LOG only on failure.
+quietly() {
+    local log=$1 status=0
+    shift
+    mkdir -p -- "$(dirname -- "$log")"
+    "$@" </dev/null >"$log" 2>&1 || status=$?
+    if ((status != 0)); then
+        cat -- "$log" >&2
+        echo "Failed with status $status: $*" >&2
+    fi
+    return "$status"
+}
+
+# The functions below work in the current directory, the project's root. The lock is for two
+# scripts started at once: they would write the same build tree.
+
+# A cache that was copied along with the tree points at the old place, so it does not count.
+is_configured() { # PRESET
+    [[ -f build/$1/build.ninja ]] &&
+        grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "build/$1/CMakeCache.txt"
+}
+
+configure() { # PRESET ARGUMENT...
+    local preset=$1 fresh=()
+    shift
+    is_configured "$preset" || fresh=(--fresh)
+    quietly "build/logs/$preset-configure.log" \
+        flock build/.lock cmake --preset "$preset" "${fresh[@]}" "$@"
+}
+
+build() { # PRESET ARGUMENT...
+    local preset=$1
+    shift
+    quietly "build/logs/$preset-build.log" \
+        flock build/.lock cmake --build --preset "$preset" "$@"
+}

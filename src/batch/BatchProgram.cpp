@@ -146,14 +146,13 @@ int runSteps(const CommandLine& line) {
     });
     const double rate = line.rate ? *line.rate : rateOfFirstAudioFile(line.steps);
     // Only a step that plays has any business with the sound server.
-    platform::LinuxAudioOutput output(
-        rate, plays ? platform::OutputChoice::Device : platform::OutputChoice::Silence);
+    platform::LinuxAudioOutput output(rate, plays ? platform::OutputChoice::Device
+                                                  : platform::OutputChoice::Silence);
     platform::services().audioOutput = &output;
     createOutputUnit(&bufferPlayer);
     StepRunner runner;
-    const bool done = std::all_of(line.steps.begin(), line.steps.end(), [&](const Step& step) {
-        return std::visit(runner, step);
-    });
+    const bool done = std::all_of(line.steps.begin(), line.steps.end(),
+                                  [&](const Step& step) { return std::visit(runner, step); });
     bufferPlayer.outputUnit = nullptr;
     return done ? kDone : kStepFailed;
 }

@@ -49,7 +49,9 @@ Compression compressionOf(std::uint32_t type) {
     return found != kCompressions.end() ? *found : Compression{type, Coding::Other, 0, 0, 0};
 }
 
-bool isFloat(Coding coding) { return coding == Coding::Float32 || coding == Coding::Float64; }
+bool isFloat(Coding coding) {
+    return coding == Coding::Float32 || coding == Coding::Float64;
+}
 
 std::uint32_t flagsOf(Coding coding, bool packed) {
     std::uint32_t flags = packed ? platform::kIsPacked : platform::kIsAlignedHigh;
@@ -92,7 +94,9 @@ void ChunkHeader::write(ByteWriter& out) const {
     out.u32(chunkSize);
 }
 
-void FormatVersion::write(ByteWriter& out) const { out.u32(timestamp); }
+void FormatVersion::write(ByteWriter& out) const {
+    out.u32(timestamp);
+}
 
 Common Common::parse(ByteReader& in, bool compressed) {
     Common common;

@@ -68,8 +68,8 @@ CafContents walkCaf(FileStream& stream) {
     ByteReader in(stream, caf::FileHeader::kBytes);
     for (int chunk = 0; chunk < kMostChunks; ++chunk) {
         const auto header = caf::ChunkHeader::parse(in);
-        const bool toTheEnd = header.chunkType == caf::kAudioDataType &&
-                              header.chunkSize == caf::kSizeUnknown;
+        const bool toTheEnd =
+            header.chunkType == caf::kAudioDataType && header.chunkSize == caf::kSizeUnknown;
         if (in.failed() || (header.chunkSize < 0 && !toTheEnd)) {
             break;
         }
@@ -199,7 +199,8 @@ Result<AudioFile> AudioFile::open(const std::string& path) {
     auto stream = platform::services().fileSystem->openForReading(path, error);
     if (stream == nullptr) {
         return Error{ErrorCategory::CannotOpen, std::nullopt,
-                     std::string("The file cannot be opened: ") + std::generic_category().message(error) + "."};
+                     std::string("The file cannot be opened: ") +
+                         std::generic_category().message(error) + "."};
     }
     auto description = describeContainer(*stream);
     if (!description) {

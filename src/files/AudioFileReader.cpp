@@ -21,7 +21,9 @@ using platform::format;
 
 constexpr std::size_t kMessageBytes = 512; ///< terminating zero included
 
-void log(const std::string& text) { platform::services().trace->log(text); }
+void log(const std::string& text) {
+    platform::services().trace->log(text);
+}
 
 /// What the service says of a file; all zero for one that cannot be opened.
 struct Properties {

@@ -28,7 +28,9 @@ std::uint64_t ByteReader::number(std::size_t bytes) {
     return result;
 }
 
-double ByteReader::f64() { return std::bit_cast<double>(number(8)); }
+double ByteReader::f64() {
+    return std::bit_cast<double>(number(8));
+}
 
 double ByteReader::extended80() {
     const std::uint16_t signAndExponent = u16();
@@ -50,7 +52,9 @@ void ByteWriter::number(std::uint64_t value, std::size_t bytes) {
     }
 }
 
-void ByteWriter::f64(double value) { number(std::bit_cast<std::uint64_t>(value), 8); }
+void ByteWriter::f64(double value) {
+    number(std::bit_cast<std::uint64_t>(value), 8);
+}
 
 void ByteWriter::extended80(double value) {
     const std::uint16_t sign = std::signbit(value) ? 0x8000 : 0;

@@ -11,9 +11,13 @@ float swapped(float value) noexcept {
 
 } // namespace
 
-float CASwapFloat32BigToHost(float value) noexcept { return swapped(value); }
+float CASwapFloat32BigToHost(float value) noexcept {
+    return swapped(value);
+}
 
-float CASwapFloat32HostToBig(float value) noexcept { return swapped(value); }
+float CASwapFloat32HostToBig(float value) noexcept {
+    return swapped(value);
+}
 
 void swapSamples(std::span<float> samples) noexcept {
     for (float& sample : samples) {

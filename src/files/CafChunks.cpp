@@ -95,7 +95,9 @@ AudioData AudioData::parse(ByteReader& in) {
     return data;
 }
 
-void AudioData::write(ByteWriter& out) const { out.u32(editCount); }
+void AudioData::write(ByteWriter& out) const {
+    out.u32(editCount);
+}
 
 PacketTable PacketTable::parse(ByteReader& in) {
     PacketTable table;

@@ -12,7 +12,9 @@ bool staysInPath(char c) {
            kOthers.find(c) != std::string_view::npos;
 }
 
-std::string fileName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+std::string fileName(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
 
 } // namespace
 
@@ -32,7 +34,9 @@ std::string FileUrl::absoluteString() const {
     return result;
 }
 
-std::string FileUrl::lastPathComponent() const { return fileName(absoluteString()); }
+std::string FileUrl::lastPathComponent() const {
+    return fileName(absoluteString());
+}
 
 std::string FileUrl::pathExtension() const {
     const std::string name = fileName(path_);

@@ -10,6 +10,8 @@ void PostError(const std::string& message) {
     platform::services().alert->runCritical(kAlertTitle, message, "OK");
 }
 
-void postTooLarge() { PostError("The sound is too large for this computer's memory."); }
+void postTooLarge() {
+    PostError("The sound is too large for this computer's memory.");
+}
 
 } // namespace zemo

@@ -25,7 +25,9 @@ using platform::format;
 
 constexpr std::size_t kLineBytes = 1000; ///< terminating zero included
 
-platform::TraceLog& trace() { return *platform::services().trace; }
+platform::TraceLog& trace() {
+    return *platform::services().trace;
+}
 
 /// NaN samples stay in the sound: the values pass through stripeNaN and its results are discarded.
 /// This is required, and not to be turned into a replacement.

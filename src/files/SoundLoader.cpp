@@ -12,7 +12,9 @@
 namespace zemo {
 namespace {
 
-void log(const std::string& text) { platform::services().trace->log(text); }
+void log(const std::string& text) {
+    platform::services().trace->log(text);
+}
 
 } // namespace
 

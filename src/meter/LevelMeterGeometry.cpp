@@ -6,8 +6,8 @@ namespace zemo {
 namespace {
 
 constexpr float kFoot = -0.98F;
-constexpr float kThreshold = 0.70710677F;        ///< the float nearest to 1/sqrt(2)
-constexpr double kLowTop = 0.7071067811865476;   ///< the same as a double, where a top is clamped
+constexpr float kThreshold = 0.70710677F;      ///< the float nearest to 1/sqrt(2)
+constexpr double kLowTop = 0.7071067811865476; ///< the same as a double, where a top is clamped
 constexpr float kOpaque = 1.0F;
 constexpr float kGhost = 0.6F;
 
@@ -27,11 +27,17 @@ MeterColour highRamp(float magnitude, float alpha) {
     return colour(0.6 + 0.4 * c, 0.5 - 0.5 * c, 0.2 + 0.1 * c, alpha);
 }
 
-MeterColour zoneBoundary(float alpha) { return colour(0.7, 0.5, 0.2, alpha); }
+MeterColour zoneBoundary(float alpha) {
+    return colour(0.7, 0.5, 0.2, alpha);
+}
 
-MeterColour lowRampEnd(float alpha) { return colour(0.70710677, 0.606066, 0.087867975, alpha); }
+MeterColour lowRampEnd(float alpha) {
+    return colour(0.70710677, 0.606066, 0.087867975, alpha);
+}
 
-void add(MeterFrame& frame, const MeterQuad& quad) { frame.quads[frame.count++] = quad; }
+void add(MeterFrame& frame, const MeterQuad& quad) {
+    frame.quads[frame.count++] = quad;
+}
 
 /// The bar itself. The upper zone goes by the magnitude, not by the position: between the two, it
 /// is drawn with no height.
@@ -47,7 +53,8 @@ void addBar(MeterFrame& frame, float top, float magnitude) {
 /// The trail goes by positions throughout.
 void addGhost(MeterFrame& frame, float top, float magnitude, const MeterMemory& before) {
     if (before.prev_v <= kThreshold) {
-        add(frame, {top, before.prev_v, lowRamp(magnitude, kGhost), lowRamp(before.prev_cv, kGhost)});
+        add(frame,
+            {top, before.prev_v, lowRamp(magnitude, kGhost), lowRamp(before.prev_cv, kGhost)});
     } else if (top <= kThreshold) {
         add(frame, {top, kThreshold, lowRamp(magnitude, kGhost), lowRampEnd(kGhost)});
         add(frame,

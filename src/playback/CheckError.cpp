@@ -15,7 +15,9 @@ namespace {
 
 constexpr std::size_t kMessageBytes = 265; ///< terminating zero included
 
-bool isPrintable(char c) { return c >= 0x20 && c <= 0x7e; }
+bool isPrintable(char c) {
+    return c >= 0x20 && c <= 0x7e;
+}
 
 std::string bounded(std::string text) {
     if (text.size() > kMessageBytes - 1) {

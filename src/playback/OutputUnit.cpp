@@ -15,7 +15,9 @@ namespace {
 
 using platform::format;
 
-platform::TraceLog& trace() { return *platform::services().trace; }
+platform::TraceLog& trace() {
+    return *platform::services().trace;
+}
 
 platform::AudioOutputComponent* findOutputComponent() {
     const platform::AudioComponentDescription wanted{

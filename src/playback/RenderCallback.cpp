@@ -34,9 +34,14 @@ class RenderCall {
 public:
     RenderCall(BufferPlayer& player, const RenderPassage& sound, RenderDelegate& delegate,
                float* output, std::uint32_t frames) noexcept
-        : player_(player), sound_(sound), delegate_(delegate), output_(output), frames_(frames),
+        : player_(player),
+          sound_(sound),
+          delegate_(delegate),
+          output_(output),
+          frames_(frames),
           state_(player.rampState.load(std::memory_order_acquire)),
-          wasPlaying_(player.isPlaying.load(relaxed) != 0), position_(player.readPosition.load()),
+          wasPlaying_(player.isPlaying.load(relaxed) != 0),
+          position_(player.readPosition.load()),
           total_(totalFrames.load()) {}
 
     void run() noexcept {

@@ -24,15 +24,21 @@ void RenderMessageQueue::updateValue(float level) {
     push({.kind = Kind::UpdateValue, .level = level}, kCapacity - kReserved);
 }
 
-void RenderMessageQueue::resetMeter() { pushImportant({.kind = Kind::ResetMeter}); }
+void RenderMessageQueue::resetMeter() {
+    pushImportant({.kind = Kind::ResetMeter});
+}
 
-void RenderMessageQueue::resetPlayTitle() { pushImportant({.kind = Kind::ResetPlayTitle}); }
+void RenderMessageQueue::resetPlayTitle() {
+    pushImportant({.kind = Kind::ResetPlayTitle});
+}
 
 void RenderMessageQueue::traceIdleCycle(std::int32_t left) {
     pushImportant({.kind = Kind::Idle, .count = left});
 }
 
-void RenderMessageQueue::traceMissingBuffer() { pushImportant({.kind = Kind::NoBuffer}); }
+void RenderMessageQueue::traceMissingBuffer() {
+    pushImportant({.kind = Kind::NoBuffer});
+}
 
 std::size_t RenderMessageQueue::drain(RenderDelegate& receiver) {
     // Only what is waiting now: a busy producer cannot keep the interface thread here.

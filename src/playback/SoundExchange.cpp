@@ -73,13 +73,19 @@ void clean() {
     fBuffersize.store(0);
 }
 
-void emptyBuffer() { exchange(nullptr, 0); }
+void emptyBuffer() {
+    exchange(nullptr, 0);
+}
 
-void replaceBuffer(SampleBlock samples, std::int64_t count) { exchange(samples.release(), count); }
+void replaceBuffer(SampleBlock samples, std::int64_t count) {
+    exchange(samples.release(), count);
+}
 
 RenderPassage::RenderPassage() noexcept
     : count_((callsEntered.fetch_add(1), fBuffersize.load())), samples_(fBuffer.load()) {}
 
-RenderPassage::~RenderPassage() { callsLeft.fetch_add(1); }
+RenderPassage::~RenderPassage() {
+    callsLeft.fetch_add(1);
+}
 
 } // namespace zemo

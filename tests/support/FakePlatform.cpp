@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <sstream>
+#include <utility>
 
 #include "playback/OutputUnit.h"
 #include "playback/SharedState.h"
@@ -90,13 +91,14 @@ platform::Status FakeOutput::sampleRate(double& hertz) {
     return called("sampleRate");
 }
 
-platform::Status
-FakeOutput::setStreamFormat(const platform::AudioStreamBasicDescription& asked) {
+platform::Status FakeOutput::setStreamFormat(const platform::AudioStreamBasicDescription& asked) {
     format = asked;
     return called("setStreamFormat");
 }
 
-platform::Status FakeOutput::initialize() { return called("initialize"); }
+platform::Status FakeOutput::initialize() {
+    return called("initialize");
+}
 
 platform::Status FakeOutput::start() {
     const platform::Status status = called("start");
@@ -114,7 +116,9 @@ platform::Status FakeOutput::stop() {
     return called("stop");
 }
 
-bool FakeOutput::takeFailure() { return std::exchange(failed, false); }
+bool FakeOutput::takeFailure() {
+    return std::exchange(failed, false);
+}
 
 void RecordingAlert::runCritical(const std::string& title, const std::string& message,
                                  const std::string& button) {
@@ -160,15 +164,21 @@ void RecordingDelegate::updateValue(float level) {
     messages.push_back(text.str());
 }
 
-void RecordingDelegate::resetMeter() { messages.emplace_back("resetMeter"); }
+void RecordingDelegate::resetMeter() {
+    messages.emplace_back("resetMeter");
+}
 
-void RecordingDelegate::resetPlayTitle() { messages.emplace_back("resetPlayTitle"); }
+void RecordingDelegate::resetPlayTitle() {
+    messages.emplace_back("resetPlayTitle");
+}
 
 void RecordingDelegate::traceIdleCycle(std::int32_t left) {
     messages.push_back("IdleCycle " + std::to_string(left));
 }
 
-void RecordingDelegate::traceMissingBuffer() { messages.emplace_back("missing buffer"); }
+void RecordingDelegate::traceMissingBuffer() {
+    messages.emplace_back("missing buffer");
+}
 
 FakePlatform::FakePlatform() : before_(platform::services()) {
     platform::services() = {.audioOutput = &output,

@@ -70,7 +70,9 @@ void CubebOutput::StreamDeleter::operator()(cubeb_stream* stream) const noexcept
 
 CubebOutput::CubebOutput() = default;
 
-CubebOutput::~CubebOutput() { closeStream(); }
+CubebOutput::~CubebOutput() {
+    closeStream();
+}
 
 /// On a thread of its own: a server that takes the connection and never answers would hold the
 /// program for as long as it likes. Then that thread is left behind.
@@ -89,8 +91,7 @@ bool CubebOutput::open(double wantedRate) {
     context_.reset();
     context_ = connect();
     std::uint32_t rate = 0;
-    if (context_ == nullptr ||
-        cubeb_get_preferred_sample_rate(context_.get(), &rate) != CUBEB_OK ||
+    if (context_ == nullptr || cubeb_get_preferred_sample_rate(context_.get(), &rate) != CUBEB_OK ||
         rate < kLowestRate || rate > kHighestRate) { // a server without a device says -1
         context_.reset();
         return false;

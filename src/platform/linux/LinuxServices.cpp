@@ -12,7 +12,9 @@ std::chrono::nanoseconds SteadyClock::now() {
     return std::chrono::steady_clock::now().time_since_epoch();
 }
 
-void SteadyClock::sleepFor(std::chrono::nanoseconds time) { std::this_thread::sleep_for(time); }
+void SteadyClock::sleepFor(std::chrono::nanoseconds time) {
+    std::this_thread::sleep_for(time);
+}
 
 std::int32_t KernelVersion::minorOf(const std::string& release) {
     const std::size_t dot = release.find('.');

@@ -24,9 +24,8 @@ public:
         count = std::min<std::uint64_t>(count, size_ - offset);
         std::size_t done = 0;
         while (done < count) {
-            const ssize_t read =
-                ::pread(descriptor_, static_cast<char*>(destination) + done, count - done,
-                        static_cast<off_t>(offset + done));
+            const ssize_t read = ::pread(descriptor_, static_cast<char*>(destination) + done,
+                                         count - done, static_cast<off_t>(offset + done));
             if (read > 0) {
                 done += static_cast<std::size_t>(read);
             } else if (read == 0 || errno != EINTR) {

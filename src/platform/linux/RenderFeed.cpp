@@ -32,8 +32,8 @@ std::uint32_t RenderFeed::fillTail(std::uint32_t frames) noexcept {
     tailDone_ = tailFrames_;
     Phase expected = Phase::Tail;
     // When a play was begun in this very moment the run goes on instead.
-    const bool resumed = !phase_.compare_exchange_strong(expected, Phase::Drained) &&
-                         expected == Phase::Rendering;
+    const bool resumed =
+        !phase_.compare_exchange_strong(expected, Phase::Drained) && expected == Phase::Rendering;
     return resumed || frames == 0 ? frames : std::min(left, frames - 1);
 }
 

@@ -7,7 +7,9 @@
 
 namespace zemo::platform {
 
-SilentOutput::~SilentOutput() { SilentOutput::stop(); }
+SilentOutput::~SilentOutput() {
+    SilentOutput::stop();
+}
 
 Status SilentOutput::setRenderCallback(RenderCallback callback, void* context) {
     feed_.setCallback(callback, context);

@@ -20,13 +20,21 @@ void write(std::FILE* stream, std::string_view text) {
 
 } // namespace
 
-SystemTrace::SystemTrace(const char* programName) { ::openlog(programName, LOG_PERROR, LOG_USER); }
+SystemTrace::SystemTrace(const char* programName) {
+    ::openlog(programName, LOG_PERROR, LOG_USER);
+}
 
-SystemTrace::~SystemTrace() { ::closelog(); }
+SystemTrace::~SystemTrace() {
+    ::closelog();
+}
 
-void SystemTrace::print(std::string_view text) { write(stdout, text); }
+void SystemTrace::print(std::string_view text) {
+    write(stdout, text);
+}
 
-void SystemTrace::printError(std::string_view text) { write(stderr, text); }
+void SystemTrace::printError(std::string_view text) {
+    write(stderr, text);
+}
 
 void SystemTrace::log(std::string_view text) {
     assertNotRealTime();

@@ -55,13 +55,14 @@ public:
     AudioOutputUnit& operator=(const AudioOutputUnit&) = delete;
     virtual ~AudioOutputUnit() = default;
 
-    virtual Status setRenderCallback(RenderCallback callback, void* context) = 0; ///< [main]
-    virtual Status sampleRate(double& hertz) = 0;                                 ///< [main]
+    virtual Status setRenderCallback(RenderCallback callback, void* context) = 0;  ///< [main]
+    virtual Status sampleRate(double& hertz) = 0;                                  ///< [main]
     virtual Status setStreamFormat(const AudioStreamBasicDescription& format) = 0; ///< [main]
     virtual Status initialize() = 0;                                               ///< [main]
 
-    /// [main] Readies the device; render calls begin with the next attend(). So what the caller sets
-    /// up between the two is there for the first call. Nothing when calls are being made already.
+    /// [main] Readies the device; render calls begin with the next attend(). So what the caller
+    /// sets up between the two is there for the first call. Nothing when calls are being made
+    /// already.
     virtual Status start() = 0;
 
     /// [main] Returns when no call is running and none will follow.

@@ -16,9 +16,13 @@ public:
 };
 
 /// [any][rt] Whether this thread is inside a real-time call.
-inline bool insideRealTime() noexcept { return realTimeDepth > 0; }
+inline bool insideRealTime() noexcept {
+    return realTimeDepth > 0;
+}
 
 /// [any] Stands at the head of whatever allocates, locks, blocks or does input and output.
-inline void assertNotRealTime() { assert(!insideRealTime()); }
+inline void assertNotRealTime() {
+    assert(!insideRealTime());
+}
 
 } // namespace zemo::platform

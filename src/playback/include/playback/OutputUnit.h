@@ -17,9 +17,9 @@ std::int32_t bufferPlay0(std::int64_t ignored);
 /// [main] Asks a play under way for its fade-out; the callback does the rest. Returns 0.
 std::int32_t bufferStop0();
 
-/// [main] To be called after bufferPlay0 and then every few milliseconds while it returns true: lets
-/// the device begin its calls, finishes the stop that the callback asked for, goes on with a play that was begun in between, and puts the player to rest
-/// when the device went away.
+/// [main] To be called after bufferPlay0 and then every few milliseconds while it returns true:
+/// lets the device begin its calls, finishes the stop that the callback asked for, goes on with a
+/// play that was begun in between, and puts the player to rest when the device went away.
 bool superviseOutputUnit();
 
 /// [main] Stops the unit without a fade and puts the player to rest, as if the play had ended.

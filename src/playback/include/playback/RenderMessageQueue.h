@@ -19,11 +19,11 @@ public:
     static constexpr std::size_t kCapacity = 4096; ///< messages; a power of two
     static constexpr std::size_t kReserved = 1024;
 
-    void updateValue(float level) override;            ///< [audio][rt]
-    void resetMeter() override;                        ///< [audio][rt]
-    void resetPlayTitle() override;                    ///< [audio][rt]
-    void traceIdleCycle(std::int32_t left) override;   ///< [audio][rt]
-    void traceMissingBuffer() override;                ///< [audio][rt]
+    void updateValue(float level) override;          ///< [audio][rt]
+    void resetMeter() override;                      ///< [audio][rt]
+    void resetPlayTitle() override;                  ///< [audio][rt]
+    void traceIdleCycle(std::int32_t left) override; ///< [audio][rt]
+    void traceMissingBuffer() override;              ///< [audio][rt]
 
     /// [main] Hands every waiting message to `receiver`, oldest first. Returns how many.
     std::size_t drain(RenderDelegate& receiver);

@@ -100,8 +100,8 @@ public:
 class MemoryFileSystem final : public platform::FileSystem {
 public:
     std::map<std::string, std::vector<std::uint8_t>> files;
-    std::map<std::string, int> openErrors;   ///< error number by path
-    std::size_t readableBytes = SIZE_MAX;    ///< reads past this many bytes of a file fall short
+    std::map<std::string, int> openErrors; ///< error number by path
+    std::size_t readableBytes = SIZE_MAX;  ///< reads past this many bytes of a file fall short
 
     std::unique_ptr<platform::FileStream> openForReading(const std::string& path,
                                                          int& error) override;

@@ -18,7 +18,7 @@ public:
         Drained,   ///< nothing more comes
     };
 
-    void setCallback(RenderCallback callback, void* context) noexcept; ///< [main]
+    void setCallback(RenderCallback callback, void* context) noexcept;    ///< [main]
     void setTail(std::uint32_t frames) noexcept { tailFrames_ = frames; } ///< [main]
 
     /// [audio][rt] Fills `frames` mono frames. Returns fewer only at the very end.
@@ -28,7 +28,7 @@ public:
     bool resume() noexcept;  ///< [main] true when render calls go on in the run under way
     void askStop() noexcept; ///< [any][rt] render calls give way to the tail
     void drained() noexcept { phase_.store(Phase::Drained); } ///< [any] the device has ended
-    void end() noexcept { phase_.store(Phase::Idle); } ///< [main] the device run is over
+    void end() noexcept { phase_.store(Phase::Idle); }        ///< [main] the device run is over
 
     Phase phase() const noexcept { return phase_.load(); } ///< [any][rt]
 

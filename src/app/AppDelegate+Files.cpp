@@ -1,0 +1,127 @@
+#include <QFile>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLocale>
+
+#include "app/AppDelegate.h"
+#include "files/RawFileReader.h"
+#include "files/SoundLoader.h"
+#include "platform/Format.h"
+#include "platform/Services.h"
+#include "platform/TraceLog.h"
+#include "playback/SharedState.h"
+
+namespace zemo {
+namespace {
+
+platform::TraceLog& trace() {
+    return *platform::services().trace;
+}
+
+/// A panel for one existing file of any kind. Not the system's own: that one takes no boxes.
+QFileDialog* makeOpenPanel(QWidget* parent, const QString& title) {
+    auto* const panel = new QFileDialog(parent, title);
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setOption(QFileDialog::DontUseNativeDialog);
+    panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setAcceptMode(QFileDialog::AcceptOpen);
+    return panel;
+}
+
+void setAccessoryView(QFileDialog* panel, QWidget* view) {
+    auto* const grid = qobject_cast<QGridLayout*>(panel->layout());
+    grid->addWidget(view, grid->rowCount(), 0, 1, grid->columnCount());
+}
+
+std::string fileSystemPath(const QString& path) {
+    return QFile::encodeName(QFileInfo(path).absoluteFilePath()).toStdString();
+}
+
+/// A status may hold any bytes: the first line of a raw file is whatever stands there.
+QString printable(const std::string& text) {
+    QString result = QString::fromLocal8Bit(text.data(), static_cast<qsizetype>(text.size()));
+    for (QChar& c : result) {
+        if (!c.isPrint()) {
+            c = QChar::ReplacementCharacter;
+        }
+    }
+    constexpr qsizetype kLongest = 160;
+    return result.size() > kLongest ? result.left(kLongest) + "…" : result;
+}
+
+} // namespace
+
+void AppDelegate::OpenDialog(QObject* /*sender*/) {
+    QFileDialog* const panel = makeOpenPanel(window, tr("Open"));
+    auto* const accessory = new QWidget(panel);
+    auto* const row = new QHBoxLayout(accessory);
+    row->setContentsMargins(0, 0, 0, 0);
+    auto* const swapBox = new QCheckBox(tr("Swap Bytes"), accessory);
+    auto* const normalizeBox = new QCheckBox(tr("Normalize"), accessory);
+    row->addWidget(swapBox);
+    row->addWidget(normalizeBox);
+    row->addStretch();
+    setAccessoryView(panel, accessory);
+    trace().log("Dialog initialized\n");
+    connect(panel, &QDialog::finished, this, [this, panel, swapBox, normalizeBox](int result) {
+        swapRaw = swapBox->isChecked();
+        norm = normalizeBox->isChecked();
+        if (result == QDialog::Accepted) {
+            openChosenFile(panel->selectedFiles().value(0));
+        }
+    });
+    panel->open();
+}
+
+void AppDelegate::openChosenFile(const QString& path) {
+    const FileUrl url(fileSystemPath(path));
+    const OpenResult result = openByExtension(url, swapRaw);
+    if (!result.isAudioFile) {
+        string = result.status;
+    }
+    finishOpening(url.path(), &maxval, norm);
+    describeSound(path, result.status);
+}
+
+/// The older way in: every file is raw data, and the sound is always scaled.
+void AppDelegate::classicOpenDialog(QObject* /*sender*/) {
+    QFileDialog* const panel = makeOpenPanel(window, tr("Open as Raw Data"));
+    auto* const swapBox = new QCheckBox(tr("Swap Bytes"), panel);
+    setAccessoryView(panel, swapBox);
+    const int result = panel->exec();
+    if (result == QDialog::Accepted) {
+        swapRaw = swapBox->isChecked();
+        openChosenRawFile(panel->selectedFiles().value(0));
+    }
+}
+
+void AppDelegate::openChosenRawFile(const QString& path) {
+    const std::string file = fileSystemPath(path);
+    string = openFile(file.c_str(), swapRaw);
+    trace().log(string);
+    finishOpening(file, &maxval, true);
+    describeSound(path, string);
+}
+
+void AppDelegate::openFileNamed(const QString& path) {
+    swapRaw = false;
+    norm = false;
+    openChosenFile(path);
+}
+
+void AppDelegate::describeSound(const QString& path, const std::string& status) {
+    const QString name = QFileInfo(path).fileName();
+    if (status == "KO") { // the sound that is described is still there
+        resultValue_->setText(tr("%1 (%2)").arg("KO", name));
+        return;
+    }
+    const std::int64_t count = fBuffersize.load();
+    const QLocale locale;
+    soundName_->setText(count > 0 ? name : tr("No sound"));
+    lengthValue_->setText(tr("%1 s").arg(locale.toString(static_cast<double>(count) / R, 'f', 3)));
+    samplesValue_->setText(locale.toString(static_cast<qlonglong>(count)));
+    resultValue_->setText(printable(status));
+}
+
+} // namespace zemo

@@ -1,0 +1,76 @@
+#include <QApplication>
+#include <QLocale>
+#include <QMessageBox>
+
+#include "app/AppDelegate.h"
+#include "interface/InterfaceLoader.h"
+#include "platform/AudioOutput.h"
+#include "playback/SharedState.h"
+
+namespace zemo {
+
+template <typename Outlet> bool AppDelegate::fill(Outlet*& outlet, const char* name) {
+    outlet = window->findChild<Outlet*>(name);
+    return outlet != nullptr;
+}
+
+bool AppDelegate::loadMainWindow() {
+    InterfaceLoader loader;
+    QWidget* const made = loader.loadInterface("mainWindow");
+    window = qobject_cast<BackgroundWindow*>(made);
+    if (window == nullptr) {
+        delete made;
+        return false;
+    }
+    const bool buttons = fill(levelView, "levelView") && fill(playButton, "playButton") &&
+                         fill(modeButton, "modeButton") && fill(testButton, "testButton");
+    const bool menus = fill(OpenMenu, "OpenMenu") && fill(SaveAsAudioMenu, "SaveAsAudioMenu") &&
+                       fill(ResampleMenu, "ResampleMenu") && fill(AMMenu, "AMMenu") &&
+                       fill(FMMenu, "FMMenu") && fill(HDMenu, "HDMenu") &&
+                       fill(RevertMenu, "RevertMenu");
+    const bool labels = fill(soundName_, "soundName") && fill(lengthValue_, "lengthValue") &&
+                        fill(samplesValue_, "samplesValue") && fill(rateValue_, "rateValue") &&
+                        fill(resultValue_, "resultValue") && fill(notice_, "notice");
+    if (!buttons || !menus || !labels) {
+        return false;
+    }
+    connectActions();
+    return true;
+}
+
+void AppDelegate::connectActions() {
+    const auto onMenu = [this](const char* name, auto action) {
+        connect(window->findChild<QAction*>(name), &QAction::triggered, this, action);
+    };
+    connect(playButton, &QPushButton::clicked, this, [this] { playButtonPressed(playButton); });
+    connect(modeButton, &QPushButton::clicked, this, [this] { modeButtonPressed(modeButton); });
+    connect(testButton, &QPushButton::clicked, this, [this] { testButtonPressed(testButton); });
+    onMenu("OpenMenu", [this] { OpenDialog(OpenMenu); });
+    onMenu("OpenRawMenu", [this] { classicOpenDialog(sender()); });
+    onMenu("QuitMenu", [this] { window->close(); });
+    onMenu("PlayMenu", [this] { playButton->click(); });
+    onMenu("ModeMenu", [this] { modeButton->click(); });
+    onMenu("TestMenu", [this] { testButton->click(); });
+    onMenu("AboutMenu", [this] { aboutDialog(sender()); });
+    playButton->setFocus();
+}
+
+void AppDelegate::aboutDialog(QObject* /*sender*/) {
+    QMessageBox::about(window, tr("About ZEMO"),
+                       tr("ZEMO %1\nHolds one sound, plays it and rewrites it.")
+                           .arg(QApplication::applicationVersion()));
+}
+
+void AppDelegate::showRate() {
+    rateValue_->setText(tr("%1 Hz").arg(QLocale().toString(R, 'g', 10)));
+}
+
+void AppDelegate::showNotice() {
+    const QString text = QString::fromStdString(bufferPlayer.outputUnit->notice());
+    if (notice_->text() != text) {
+        notice_->setText(text);
+    }
+    notice_->setVisible(!text.isEmpty());
+}
+
+} // namespace zemo

@@ -1,0 +1,62 @@
+#include <QApplication>
+#include <cstdio>
+#include <cstring>
+
+#include "app/AppDelegate.h"
+#include "app/QtAlert.h"
+#include "platform/Services.h"
+#include "platform_linux/LinuxAudioOutput.h"
+#include "platform_linux/LinuxServices.h"
+
+namespace {
+
+constexpr const char* kUsage = "zemo [FILE]\n"
+                               "  Opens ZEMO, with FILE in it: CAF or AIFF-C by its extension,\n"
+                               "  anything else as raw 32-bit floats.\n"
+                               "zemo --help | --version\n";
+
+bool hasDisplay() {
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+int runWindow(QApplication& application) {
+    zemo::platform::LinuxAudioOutput output;
+    zemo::platform::SteadyClock clock;
+    zemo::platform::PosixFileSystem fileSystem;
+    zemo::platform::KernelVersion systemVersion;
+    zemo::platform::SystemTrace trace("zemo");
+    zemo::QtAlert alert;
+    zemo::platform::services() = {&output, &alert, &clock, &fileSystem, &systemVersion, &trace};
+
+    zemo::AppDelegate delegate;
+    if (!delegate.loadMainWindow()) {
+        trace.printError("zemo: the main window's interface file is broken.\n");
+        return EXIT_FAILURE;
+    }
+    delegate.applicationDidFinishLaunching();
+    delegate.window->show();
+    if (application.arguments().size() > 1) {
+        delegate.openFileNamed(application.arguments().at(1));
+    }
+    return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const bool help = argc > 1 && std::strcmp(argv[1], "--help") == 0;
+    const bool version = argc > 1 && std::strcmp(argv[1], "--version") == 0;
+    if (help || version) {
+        return std::fputs(help ? kUsage : "zemo " ZEMO_VERSION "\n", stdout) < 0;
+    }
+    if (!hasDisplay()) {
+        std::fputs("zemo: there is no display; zemo-batch works without one.\n", stderr);
+        return EXIT_FAILURE;
+    }
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("ZEMO");
+    QApplication::setApplicationVersion(ZEMO_VERSION);
+    QApplication::setDesktopFileName("zemo");
+    return runWindow(application);
+}

@@ -122,7 +122,7 @@ private:
     void connectActions();
     void startPlay(TitledButton* sender);
     void askForStop(TitledButton* sender);
-    void attendPlayback();
+    Q_INVOKABLE void attendPlayback();
     void openChosenFile(const QString& path);
     void openChosenRawFile(const QString& path);
     void describeSound(const QString& path, const std::string& status);

@@ -1,0 +1,185 @@
+#include <QtTest>
+
+#include "platform_linux/LinuxServices.h"
+#include "playback/SharedState.h"
+#include "support/WindowUnderTest.h"
+
+using namespace zemo;
+using zemo::test::currentSound;
+using zemo::test::loadSound;
+using zemo::test::WindowUnderTest;
+
+namespace {
+
+QFileDialog* openPanel(const WindowUnderTest& zemo) {
+    return zemo.delegate.window->findChild<QFileDialog*>();
+}
+
+QCheckBox* box(QWidget* panel, const QString& title) {
+    for (QCheckBox* const one : panel->findChildren<QCheckBox*>()) {
+        if (one->text() == title) {
+            return one;
+        }
+    }
+    return nullptr;
+}
+
+std::vector<std::uint8_t> bytesOf(const std::vector<float>& samples) {
+    const auto* const first = reinterpret_cast<const std::uint8_t*>(samples.data());
+    return {first, first + samples.size() * sizeof(float)};
+}
+
+} // namespace
+
+class OpenPanelTest : public QObject {
+    Q_OBJECT
+private:
+    QTemporaryDir folder_;
+
+    /// The panel looks at real files, the readers at the ones in memory: `name` is in both.
+    std::string put(WindowUnderTest& zemo, const QString& name,
+                    const std::vector<std::uint8_t>& bytes) {
+        QFile file(folder_.filePath(name));
+        if (!file.open(QIODevice::WriteOnly)) {
+            qFatal("cannot write");
+        }
+        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
+        const std::string path = folder_.filePath(name).toStdString();
+        zemo.platform.files.files[path] = bytes;
+        return path;
+    }
+
+    static void choose(QFileDialog* panel, const std::string& path) {
+        panel->selectFile(QString::fromStdString(path));
+        panel->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(path));
+        QMetaObject::invokeMethod(panel, "accept");
+    }
+
+private slots:
+    void thePanelIsASheetWithTwoUncheckedBoxes() {
+        WindowUnderTest zemo;
+        zemo.delegate.OpenMenu->trigger();
+        QFileDialog* const panel = openPanel(zemo);
+        QVERIFY(panel != nullptr);
+        QCOMPARE(panel->windowModality(), Qt::WindowModal);
+        QVERIFY(box(panel, "Swap Bytes") != nullptr && !box(panel, "Swap Bytes")->isChecked());
+        QVERIFY(box(panel, "Normalize") != nullptr && !box(panel, "Normalize")->isChecked());
+        QCOMPARE(panel->fileMode(), QFileDialog::ExistingFile);
+        QCOMPARE(zemo.platform.trace.logged.back(), std::string("Dialog initialized\n"));
+        panel->reject();
+    }
+
+    void cancelStoresTheBoxesAndNothingElse() {
+        WindowUnderTest zemo;
+        loadSound({0.1F, 0.2F});
+        zemo.delegate.OpenMenu->trigger();
+        QFileDialog* const panel = openPanel(zemo);
+        box(panel, "Swap Bytes")->setChecked(true);
+        box(panel, "Normalize")->setChecked(true);
+        const std::size_t logged = zemo.platform.trace.logged.size();
+        panel->reject();
+        QVERIFY(zemo.delegate.swapRaw);
+        QVERIFY(zemo.delegate.norm);
+        QCOMPARE(currentSound(), (std::vector<float>{0.1F, 0.2F}));
+        QCOMPARE(zemo.platform.trace.logged.size(), logged);
+    }
+
+    void aRawFileIsLoadedUnscaled() {
+        WindowUnderTest zemo;
+        const std::string path = put(zemo, "tone.f32", bytesOf({0.25F, -0.5F, 0.125F}));
+        zemo.delegate.OpenMenu->trigger();
+        choose(openPanel(zemo), path);
+        QCOMPARE(currentSound(), (std::vector<float>{0.25F, -0.5F, 0.125F}));
+        QVERIFY(zemo.delegate.string.rfind("Raw data file: ", 0) == 0);
+        QCOMPARE(zemo.delegate.maxval, 0.125F); // any sample replaces a negative record
+    }
+
+    void theNormalizeBoxScalesARawFile() {
+        WindowUnderTest zemo;
+        const std::string path = put(zemo, "tone.f32", bytesOf({0.25F, 0.5F}));
+        zemo.delegate.OpenMenu->trigger();
+        QFileDialog* const panel = openPanel(zemo);
+        box(panel, "Normalize")->setChecked(true);
+        choose(panel, path);
+        const auto divisor = static_cast<float>(0.5 * 1.1);
+        QCOMPARE(currentSound(), (std::vector<float>{0.25F / divisor, 0.5F / divisor}));
+    }
+
+    void aRefusedFileShowsKOAndKeepsTheSoundAndItsDescription() {
+        WindowUnderTest zemo;
+        const std::string good = put(zemo, "good.f32", bytesOf({0.25F, 0.5F}));
+        zemo.delegate.openFileNamed(QString::fromStdString(good));
+        const std::string bad = put(zemo, "bad.caf", {1, 2, 3});
+        zemo.delegate.OpenMenu->trigger();
+        choose(openPanel(zemo), bad);
+        QCOMPARE(currentSound(), (std::vector<float>{0.25F, 0.5F}));
+        QCOMPARE(zemo.platform.alert.shown.size(), std::size_t{1});
+        QCOMPARE(zemo.platform.alert.shown[0].message,
+                 std::string("ZEMO CAN'T READ THE FILE:\nbad.caf"));
+        QCOMPARE(zemo.delegate.window->findChild<QLabel*>("soundName")->text(),
+                 QString("good.f32"));
+        QCOMPARE(zemo.delegate.window->findChild<QLabel*>("resultValue")->text(),
+                 QString("KO (bad.caf)"));
+    }
+
+    void aFirstLineOfControlCharactersIsShownAsPlainText() {
+        WindowUnderTest zemo;
+        const std::string path = put(zemo, "odd.txt", {'<', 'b', '>', 7, '\n', 0, 0, 0});
+        zemo.delegate.openFileNamed(QString::fromStdString(path));
+        auto* const result = zemo.delegate.window->findChild<QLabel*>("resultValue");
+        QCOMPARE(result->textFormat(), Qt::PlainText);
+        QVERIFY(result->text().startsWith("Raw data file: <b>"));
+        QVERIFY(!result->text().contains('\n'));
+    }
+
+    void theClassicPanelHasOneBoxReadsRawAndAlwaysScales() {
+        WindowUnderTest zemo;
+        const std::string path = put(zemo, "sound.caf", bytesOf({0.25F, 0.5F}));
+        QTimer::singleShot(0, this, [&] {
+            QFileDialog* const panel = openPanel(zemo);
+            QVERIFY(box(panel, "Normalize") == nullptr);
+            box(panel, "Swap Bytes")->setChecked(false);
+            choose(panel, path);
+        });
+        zemo.delegate.window->findChild<QAction*>("OpenRawMenu")->trigger();
+        const auto divisor = static_cast<float>(0.5 * 1.1);
+        QCOMPARE(currentSound(), (std::vector<float>{0.25F / divisor, 0.5F / divisor}));
+        QVERIFY(zemo.delegate.string.rfind("Raw data file: ", 0) != 0);
+    }
+
+    void aCancelledClassicPanelChangesNothing() {
+        WindowUnderTest zemo;
+        loadSound({0.5F});
+        zemo.delegate.swapRaw = false;
+        QTimer::singleShot(0, this, [&] {
+            QFileDialog* const panel = openPanel(zemo);
+            box(panel, "Swap Bytes")->setChecked(true);
+            panel->reject();
+        });
+        zemo.delegate.window->findChild<QAction*>("OpenRawMenu")->trigger();
+        QVERIFY(!zemo.delegate.swapRaw);
+        QCOMPARE(currentSound(), std::vector<float>{0.5F});
+    }
+
+    void openingDuringAPlayFadesItFirst() {
+        WindowUnderTest zemo;
+        loadSound(std::vector<float>(100000, 0.5F));
+        zemo.delegate.playButton->click();
+        zemo.pump(512);
+        std::vector<float> heard;
+        zemo.platform.clock.whileSleeping = [&] {
+            const auto call = zemo.platform.output.pump(512);
+            heard.insert(heard.end(), call.begin(), call.end());
+        };
+        const std::string path = put(zemo, "next.f32", bytesOf({0.25F}));
+        zemo.delegate.openFileNamed(QString::fromStdString(path));
+        QVERIFY(heard.size() >= 1024);
+        QCOMPARE(heard[256], 0.25F); // half-way down
+        QCOMPARE(heard[600], 0.0F);
+        QVERIFY(!zemo.platform.output.running);
+        QCOMPARE(currentSound(), std::vector<float>{0.25F});
+    }
+};
+
+QTEST_MAIN(OpenPanelTest)
+#include "open_panel_test.moc"

@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <limits>
 
 #include "files/ByteWriter.h"
 
@@ -11,6 +12,8 @@ namespace {
 
 constexpr int kExtendedBias = 16383;
 constexpr int kMantissaBits = 63; ///< below the explicit leading one
+static_assert(std::numeric_limits<long double>::digits > kMantissaBits &&
+              std::numeric_limits<long double>::max_exponent > kExtendedBias);
 
 } // namespace
 
@@ -40,8 +43,9 @@ double ByteReader::extended80() {
     if (exponent == 0x7FFF) {
         magnitude = (mantissa << 1) == 0 ? INFINITY : NAN;
     } else {
-        magnitude =
-            std::ldexp(static_cast<double>(mantissa), exponent - kExtendedBias - kMantissaBits);
+        // Exact in a long double; as a double it would be rounded here and again where it is tiny.
+        magnitude = static_cast<double>(std::ldexp(static_cast<long double>(mantissa),
+                                                   exponent - kExtendedBias - kMantissaBits));
     }
     return (signAndExponent & 0x8000) != 0 ? -magnitude : magnitude;
 }

@@ -20,11 +20,16 @@ float CASwapFloat32HostToBig(float value) noexcept {
 }
 
 void swapSamples(std::span<float> samples) noexcept {
-    for (float& sample : samples) {
+    swapWords(std::as_writable_bytes(samples));
+}
+
+void swapWords(std::span<std::byte> block) noexcept {
+    std::byte* const bytes = block.data();
+    for (std::size_t i = 0; i + sizeof(std::uint32_t) <= block.size(); i += sizeof(std::uint32_t)) {
         std::uint32_t word = 0;
-        std::memcpy(&word, &sample, sizeof word);
+        std::memcpy(&word, bytes + i, sizeof word);
         word = CASwap32(word);
-        std::memcpy(&sample, &word, sizeof word);
+        std::memcpy(bytes + i, &word, sizeof word);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "files/SoundLoader.h"
 
+#include <cstring>
+
 #include "files/AudioFileReader.h"
 #include "files/Normalize.h"
 #include "files/RawFileReader.h"
@@ -25,12 +27,17 @@ bool isAudioFileExtension(const std::string& extension) {
 OpenResult openByExtension(const FileUrl& url, bool swapRaw) {
     if (isAudioFileExtension(url.pathExtension())) {
         log("\nHere we have a Audio File, we need a special opening routine for that\n");
-        return {true, openSoundFile(url)};
+        const char* const result = openSoundFile(url);
+        return {.isAudioFile = true, .loaded = std::strcmp(result, "OK") == 0, .status = result};
     }
-    const OpenResult result{false,
-                            std::string("Raw data file: ") + openFile(url.path().c_str(), swapRaw)};
-    log(result.status);
-    return result;
+    // The first line of a file may read like any of the other results; a new block tells. It is
+    // made before the old one is freed, so its address is another.
+    const float* const before = fBuffer.load();
+    const char* const result = openFile(url.path().c_str(), swapRaw);
+    const bool loaded = fBuffer.load() != before && fBuffersize.load() > 0;
+    const OpenResult opened{.loaded = loaded, .status = std::string("Raw data file: ") + result};
+    log(opened.status);
+    return opened;
 }
 
 void finishOpening(const std::string& lastPath, float* maxval, bool force) {

@@ -1,5 +1,7 @@
 #include "playback/SoundExchange.h"
 
+#include <utility>
+
 #include "platform/Clock.h"
 #include "platform/RealTime.h"
 #include "platform/Services.h"
@@ -17,8 +19,9 @@ using namespace std::chrono_literals;
 constinit std::atomic<std::uint64_t> callsEntered{0};
 constinit std::atomic<std::uint64_t> callsLeft{0};
 
-/// The block that is to be freed: fBuffer itself may dangle, after clean().
+/// The block that is to be freed: fBuffer itself may dangle, after clean(). [main]
 constinit float* ownedBlock = nullptr;
+constinit std::int64_t ownedSlack = 0;
 
 /// The callback never waits, so this lasts no longer than one call.
 void awaitRenderCallsUnderWay() {
@@ -26,16 +29,6 @@ void awaitRenderCallsUnderWay() {
     while (callsLeft.load() < entered) {
         platform::services().clock->sleepFor(50us);
     }
-}
-
-void exchange(float* samples, std::int64_t count) {
-    fallIdle();
-    fBuffersize.store(0);
-    awaitRenderCallsUnderWay();
-    std::free(ownedBlock);
-    ownedBlock = samples;
-    fBuffer.store(samples);
-    fBuffersize.store(count);
 }
 
 } // namespace
@@ -70,15 +63,32 @@ void fallIdle() {
 void clean() {
     std::free(ownedBlock);
     ownedBlock = nullptr;
+    ownedSlack = 0;
     fBuffersize.store(0);
 }
 
-void emptyBuffer() {
-    exchange(nullptr, 0);
+void swapBuffer(SampleBlock& samples, std::int64_t& count, std::int64_t& slack) {
+    fallIdle();
+    const std::int64_t oldCount = fBuffersize.exchange(0);
+    awaitRenderCallsUnderWay();
+    float* const block = samples.release();
+    samples.reset(std::exchange(ownedBlock, block));
+    fBuffer.store(block);
+    fBuffersize.store(count);
+    count = oldCount;
+    slack = std::exchange(ownedSlack, slack);
 }
 
-void replaceBuffer(SampleBlock samples, std::int64_t count) {
-    exchange(samples.release(), count);
+void replaceBuffer(SampleBlock samples, std::int64_t count, std::int64_t slack) {
+    swapBuffer(samples, count, slack);
+}
+
+void emptyBuffer() {
+    replaceBuffer(nullptr, 0, 0);
+}
+
+std::int64_t slackSamples() noexcept {
+    return ownedSlack;
 }
 
 RenderPassage::RenderPassage() noexcept

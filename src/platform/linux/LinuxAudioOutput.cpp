@@ -2,8 +2,7 @@
 
 namespace zemo::platform {
 
-LinuxOutputUnit::LinuxOutputUnit(double wantedRate, OutputChoice choice)
-    : hasDevice_(choice == OutputChoice::Device && device_.open(wantedRate)) {
+LinuxOutputUnit::LinuxOutputUnit(double wantedRate) : hasDevice_(device_.open(wantedRate)) {
     if (wantedRate > 0.0) {
         silence_.setRate(wantedRate);
     }
@@ -48,7 +47,7 @@ AudioOutputComponent* LinuxAudioOutput::findNext(const AudioComponentDescription
 }
 
 Status LinuxAudioOutput::newInstance(AudioOutputUnit*& unit) {
-    unit_ = std::make_unique<LinuxOutputUnit>(wantedRate_, choice_);
+    unit_ = std::make_unique<LinuxOutputUnit>();
     unit = unit_.get();
     return kNoError;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -19,5 +20,8 @@ float CASwapFloat32HostToBig(float value) noexcept;
 
 /// [any] Reverses the bytes of every sample. Bit patterns pass through unchanged, NaNs included.
 void swapSamples(std::span<float> samples) noexcept;
+
+/// [any] The same for a block of bytes that holds floats; a rest of less than four stays.
+void swapWords(std::span<std::byte> block) noexcept;
 
 } // namespace zemo

@@ -9,6 +9,7 @@ namespace zemo {
 /// What became of a file that was chosen in the open panel.
 struct OpenResult {
     bool isAudioFile = false; ///< by its extension
+    bool loaded = false;      ///< the sound is now that of the file
     std::string status;       ///< "OK", "KO", or "Raw data file: " and the raw reader's result
 };
 

@@ -5,6 +5,7 @@ namespace zemo::platform {
 class Alert;
 class AudioOutputService;
 class Clock;
+class FileOperations;
 class FileSystem;
 class SystemVersion;
 class TraceLog;
@@ -15,6 +16,7 @@ struct Services {
     AudioOutputService* audioOutput = nullptr;
     Alert* alert = nullptr;
     Clock* clock = nullptr;
+    FileOperations* fileOperations = nullptr;
     FileSystem* fileSystem = nullptr;
     SystemVersion* systemVersion = nullptr;
     TraceLog* trace = nullptr;

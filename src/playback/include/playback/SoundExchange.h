@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "playback/SharedState.h"
+
 /// How the sound is replaced while the audio thread may be reading it.
 ///
 /// The callback takes the sound's address and length once, at its entry, between the two halves of
@@ -32,8 +34,16 @@ void fallIdle();
 /// [main] Frees the sound: fBuffer null, fBuffersize 0. Falls idle first.
 void emptyBuffer();
 
-/// [main] Makes `samples` (from allocateSamples) the sound and frees the old one. Falls idle first.
-void replaceBuffer(SampleBlock samples, std::int64_t count);
+/// [main] Makes `samples` the sound, with `slack` readable samples behind its `count`, and frees
+/// the old one. Falls idle first.
+void replaceBuffer(SampleBlock samples, std::int64_t count, std::int64_t slack = kSlackSamples);
+
+/// [main] The same, but hands the old sound back: `samples`, `count` and `slack` become what the
+/// sound was.
+void swapBuffer(SampleBlock& samples, std::int64_t& count, std::int64_t& slack);
+
+/// [main] How many samples behind the sound's end may be read.
+std::int64_t slackSamples() noexcept;
 
 /// [main] Frees the sound and sets fBuffersize to 0 but leaves fBuffer dangling. Nothing calls it,
 /// and nothing may while a play is running.

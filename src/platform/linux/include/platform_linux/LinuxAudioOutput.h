@@ -8,17 +8,12 @@
 
 namespace zemo::platform {
 
-enum class OutputChoice : std::uint8_t {
-    Device,  ///< the computer's default output, silence where there is none
-    Silence, ///< silence, without a look at the computer's outputs
-};
-
 /// The output as the program has it: the computer's default device, or silence that keeps time
 /// where there is none, at launch or later.
 class LinuxOutputUnit final : public AudioOutputUnit {
 public:
     /// The device is asked to play at `wantedRate` hertz; 0: at its own rate.
-    LinuxOutputUnit(double wantedRate, OutputChoice choice);
+    explicit LinuxOutputUnit(double wantedRate = 0.0);
 
     Status setRenderCallback(RenderCallback callback, void* context) override;
     Status sampleRate(double& hertz) override;
@@ -40,15 +35,11 @@ private:
 
 class LinuxAudioOutput final : public AudioOutputService, private AudioOutputComponent {
 public:
-    explicit LinuxAudioOutput(double wantedRate = 0.0, OutputChoice choice = OutputChoice::Device)
-        : wantedRate_(wantedRate), choice_(choice) {}
     AudioOutputComponent* findNext(const AudioComponentDescription& wanted) override;
 
 private:
     Status newInstance(AudioOutputUnit*& unit) override;
 
-    double wantedRate_;
-    OutputChoice choice_;
     std::unique_ptr<LinuxOutputUnit> unit_;
 };
 

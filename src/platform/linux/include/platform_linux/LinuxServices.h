@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/FileOperations.h"
 #include "platform/FileStream.h"
 #include "platform/SystemVersion.h"
 #include "platform/TraceLog.h"
@@ -25,6 +26,21 @@ public:
 class PosixFileSystem final : public FileSystem {
 public:
     std::unique_ptr<FileStream> openForReading(const std::string& path, int& error) override;
+};
+
+class PosixFileOperations final : public FileOperations {
+public:
+    int followLinks(const std::string& path, std::string& target) override;
+    int inspect(const std::string& path, FileStatus& status) override;
+    int create(const std::string& path) override;
+    int setPermissions(int descriptor, const FileStatus& like) override;
+    long write(int descriptor, const void* bytes, std::size_t count) override;
+    int sync(int descriptor) override;
+    int close(int descriptor) override;
+    int rename(const std::string& from, const std::string& to) override;
+    int syncFolder(const std::string& folder) override;
+    int remove(const std::string& path) override;
+    std::uint64_t uniqueNumber() override;
 };
 
 /// Standard output, standard error, and syslog, which also repeats on standard error.

@@ -1,0 +1,28 @@
+#include "dsp/Revert.h"
+
+#include <algorithm>
+
+namespace zemo {
+
+bool make_revert(undo_struct& undo, const float* samples, std::int64_t count) {
+    SampleBlock copy = allocateSamples(count);
+    if (copy == nullptr) {
+        return false;
+    }
+    std::copy_n(samples, count, copy.get());
+    undo.buf = std::move(copy);
+    undo.bufsize = count;
+    return true;
+}
+
+/// The blocks change places, which is the same as copying them across. What comes back has no
+/// slack behind it, whatever its block has.
+void revert(undo_struct& undo) {
+    if (undo.buf == nullptr || undo.bufsize == 0) {
+        return;
+    }
+    std::int64_t slack = 0;
+    swapBuffer(undo.buf, undo.bufsize, slack);
+}
+
+} // namespace zemo

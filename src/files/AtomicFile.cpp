@@ -1,0 +1,150 @@
+#include "files/AtomicFile.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "platform/Format.h"
+#include "platform/Services.h"
+
+namespace zemo {
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{1} << 26; ///< bytes a call
+constexpr int kMostNames = 100;
+
+std::string folderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+/// What stands in the way of writing to a target that is there.
+int refusal(const platform::FileStatus& status) {
+    if (!status.exists) {
+        return 0;
+    }
+    if (!status.isRegular) {
+        return EINVAL;
+    }
+    return status.isWritable ? 0 : EACCES;
+}
+
+/// Repeats a call that a signal has interrupted.
+template <typename Call> int uninterrupted(Call call) {
+    int result = -EINTR;
+    while (result == -EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+int errorOf(int result) {
+    return result < 0 ? -result : 0;
+}
+
+} // namespace
+
+AtomicFile::~AtomicFile() {
+    if (descriptor_ >= 0) {
+        operations_->close(descriptor_);
+    }
+    if (!temporary_.empty()) {
+        uninterrupted([this] { return operations_->remove(temporary_); });
+    }
+}
+
+int AtomicFile::create(const std::string& path) {
+    operations_ = platform::services().fileOperations;
+    platform::FileStatus status;
+    int result = operations_->followLinks(path, target_);
+    if (result == 0) {
+        result = operations_->inspect(target_, status);
+    }
+    if (result != 0) {
+        return errorOf(result);
+    }
+    if (const int error = refusal(status)) {
+        return error;
+    }
+    if (const int error = openTemporary(folderOf(target_))) {
+        return error;
+    }
+    return status.exists ? errorOf(uninterrupted(
+                               [&] { return operations_->setPermissions(descriptor_, status); }))
+                         : 0;
+}
+
+int AtomicFile::openTemporary(const std::string& folder) {
+    for (int attempt = 0; attempt < kMostNames; ++attempt) {
+        const std::string name =
+            folder + platform::format(".zemo-%016lx", operations_->uniqueNumber());
+        const int result = uninterrupted([&] { return operations_->create(name); });
+        if (result >= 0) {
+            temporary_ = name;
+            descriptor_ = result;
+            return 0;
+        }
+        if (result != -EEXIST) {
+            return -result;
+        }
+    }
+    return EEXIST;
+}
+
+int AtomicFile::write(const void* bytes, std::size_t count) {
+    const auto* next = static_cast<const char*>(bytes);
+    while (count > 0) {
+        const long taken = operations_->write(descriptor_, next, std::min(count, kBlock));
+        if (taken == -EINTR) {
+            continue;
+        }
+        if (taken <= 0) {
+            return taken == 0 ? EIO : static_cast<int>(-taken);
+        }
+        next += taken;
+        count -= static_cast<std::size_t>(taken);
+    }
+    return 0;
+}
+
+int AtomicFile::flush() {
+    return errorOf(uninterrupted([this] { return operations_->sync(descriptor_); }));
+}
+
+int AtomicFile::close() {
+    const int result = operations_->close(descriptor_);
+    descriptor_ = -1;                              // also after an error: Linux has let go of it
+    return result == -EINTR ? 0 : errorOf(result); // flushed before, so nothing can be missing
+}
+
+int AtomicFile::replaceTarget() {
+    const int result = uninterrupted([this] { return operations_->rename(temporary_, target_); });
+    if (result != 0) {
+        return errorOf(result);
+    }
+    temporary_.clear();
+    return errorOf(uninterrupted([this] { return operations_->syncFolder(folderOf(target_)); }));
+}
+
+WriteOutcome writeAtomically(const std::string& path, std::span<const std::uint8_t> head,
+                             std::span<const std::byte> body) {
+    AtomicFile file;
+    if (const int error = file.create(path)) {
+        return {.createError = error};
+    }
+    int error = file.write(head.data(), head.size());
+    if (error == 0) {
+        error = file.write(body.data(), body.size());
+    }
+    if (error == 0) {
+        error = file.flush();
+    }
+    if (error != 0) {
+        return {.writeError = error};
+    }
+    if (const int closing = file.close()) {
+        return {.closeError = closing};
+    }
+    return {.writeError = file.replaceTarget()};
+}
+
+} // namespace zemo

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "platform/FileOperations.h"
+
+namespace zemo {
+
+/// A file in the making: it is written under a hidden name beside its target and takes the target's
+/// place at the very end. At every instant the target is the whole old file or the whole new one,
+/// also when the program is killed; a failure removes what was written. Symbolic links are
+/// followed; an existing target keeps its permissions.
+///
+/// Every step returns 0 or the system's error number; after an error only the destructor is left.
+/// [main], [worker]
+class AtomicFile {
+public:
+    AtomicFile() = default;
+    AtomicFile(const AtomicFile&) = delete;
+    AtomicFile& operator=(const AtomicFile&) = delete;
+    ~AtomicFile();
+
+    int create(const std::string& path);
+    int write(const void* bytes, std::size_t count); ///< all of them
+    int flush();                                     ///< to the disk
+    int close();
+    int replaceTarget();
+
+private:
+    int openTemporary(const std::string& folder);
+
+    platform::FileOperations* operations_ = nullptr;
+    std::string target_;
+    std::string temporary_; ///< empty when there is none to remove
+    int descriptor_ = -1;
+};
+
+/// What came of a file that was written as a whole: at most one of them is not 0.
+struct WriteOutcome {
+    int createError = 0;
+    int writeError = 0; ///< of writing, flushing, or taking the target's place
+    int closeError = 0;
+
+    bool done() const noexcept { return createError == 0 && writeError == 0 && closeError == 0; }
+};
+
+/// [main], [worker] Makes the file at `path` hold `head` and then `body`, through an AtomicFile.
+WriteOutcome writeAtomically(const std::string& path, std::span<const std::uint8_t> head,
+                             std::span<const std::byte> body);
+
+} // namespace zemo

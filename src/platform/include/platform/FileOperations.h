@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace zemo::platform {
+
+/// What is known of a file that a save would replace.
+struct FileStatus {
+    bool exists = false;
+    bool isRegular = false;
+    bool isWritable = false;
+    std::uint32_t mode = 0; ///< permission bits
+    std::uint32_t owner = 0;
+    std::uint32_t group = 0;
+};
+
+/// The system calls of a save, one each, as the system answers them: an error comes back as its
+/// negative number, and nothing is tried twice. All [main], [worker].
+class FileOperations {
+public:
+    FileOperations() = default;
+    FileOperations(const FileOperations&) = delete;
+    FileOperations& operator=(const FileOperations&) = delete;
+    virtual ~FileOperations() = default;
+
+    /// The place that `path` names when symbolic links are followed, whether or not it is there.
+    virtual int followLinks(const std::string& path, std::string& target) = 0;
+    virtual int inspect(const std::string& path, FileStatus& status) = 0; ///< absent is no error
+    /// Creates a file that must not be there yet, for writing. Returns its descriptor.
+    virtual int create(const std::string& path) = 0;
+    virtual int setPermissions(int descriptor, const FileStatus& like) = 0;
+    virtual long write(int descriptor, const void* bytes, std::size_t count) = 0; ///< bytes taken
+    virtual int sync(int descriptor) = 0;
+    virtual int close(int descriptor) = 0;
+    virtual int rename(const std::string& from, const std::string& to) = 0;
+    virtual int syncFolder(const std::string& folder) = 0;
+    virtual int remove(const std::string& path) = 0;
+    /// A number that another save is not likely to get.
+    virtual std::uint64_t uniqueNumber() = 0;
+};
+
+} // namespace zemo::platform

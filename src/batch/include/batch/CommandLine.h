@@ -1,10 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
+/// The words that zemo-batch understands.
 namespace zemo::batch {
 
 /// `open FILE [swap] [normalize]`: as the open panel with its two boxes.
@@ -13,12 +15,37 @@ struct OpenStep {
     bool swap = false;
     bool normalize = false;
 };
+
+/// `revert`: exchanges the sound and the copy that the last transformation kept.
+struct RevertStep {};
+
+/// `save FILE`: as the save panel.
+struct SaveStep {
+    std::string file;
+};
+
+/// `dump FILE`: the samples alone, little-endian 32-bit floats.
+struct DumpStep {
+    std::string file;
+};
+
+/// `render FILE [frames=N] [rms=on|off] [levels=FILE]`: what one press of Play delivers.
+struct RenderStep {
+    static constexpr std::uint32_t kDefaultFrames = 512;
+    static constexpr std::uint32_t kMostFrames = 1U << 20;
+    std::string file;
+    std::uint32_t frames = kDefaultFrames; ///< a call
+    bool rms = false;
+    std::string levels; ///< file for the meter's value after each call; empty: none
+};
+
 /// `play`: through the default output, until it ends.
 struct PlayStep {};
+
 /// `info`: what is known of the sound, on standard output.
 struct InfoStep {};
 
-using Step = std::variant<OpenStep, PlayStep, InfoStep>;
+using Step = std::variant<OpenStep, RevertStep, SaveStep, DumpStep, RenderStep, PlayStep, InfoStep>;
 
 struct CommandLine {
     bool help = false;

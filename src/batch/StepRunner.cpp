@@ -1,0 +1,209 @@
+#include "batch/StepRunner.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <system_error>
+
+#include "files/AtomicFile.h"
+#include "files/AudioFileLayout.h"
+#include "files/AudioFileWriter.h"
+#include "files/SoundLoader.h"
+#include "platform/Clock.h"
+#include "platform/Format.h"
+#include "platform/Services.h"
+#include "platform/TraceLog.h"
+#include "platform_linux/LinuxAudioOutput.h"
+#include "playback/OutputUnit.h"
+#include "playback/RenderCallback.h"
+#include "playback/RenderMessageQueue.h"
+#include "playback/SharedState.h"
+
+namespace zemo::batch {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::format;
+
+platform::TraceLog& trace() {
+    return *platform::services().trace;
+}
+
+/// Prints the callback's trace lines; there is no meter and no button.
+class TracingDelegate final : public RenderDelegate {
+    void updateValue(float /*level*/) override {}
+    void resetMeter() override {}
+    void resetPlayTitle() override {}
+    void traceIdleCycle(std::int32_t left) override {
+        trace().print(format("IdleCycle = %d\n", left));
+    }
+    void traceMissingBuffer() override { trace().print("Can't access input buffer\n"); }
+};
+
+/// For as long as it lives, the callback's messages go to `delegate`.
+class Listening {
+public:
+    explicit Listening(RenderDelegate& delegate) { renderDelegate.store(&delegate); }
+    Listening(const Listening&) = delete;
+    Listening& operator=(const Listening&) = delete;
+    ~Listening() { renderDelegate.store(nullptr); }
+};
+
+std::string absolutePath(const std::string& file) {
+    std::error_code error;
+    const auto path = std::filesystem::absolute(file, error);
+    return error ? file : path.string();
+}
+
+std::span<const float> sound() {
+    return {fBuffer.load(), static_cast<std::size_t>(fBuffersize.load())};
+}
+
+/// True when the file was written; otherwise the reason was said.
+bool written(const std::string& step, const std::string& file, const WriteOutcome& outcome) {
+    if (!outcome.done()) {
+        const int error = outcome.createError + outcome.writeError + outcome.closeError;
+        complain(step + " " + file + ": " + std::generic_category().message(error) + ".");
+    }
+    return outcome.done();
+}
+
+bool writeLevels(const std::string& file, const std::vector<float>& levels) {
+    std::string text;
+    for (const float level : levels) {
+        text += format("%.9g\n", static_cast<double>(level));
+    }
+    return written("render levels", file,
+                   writeAtomically(absolutePath(file), {}, std::as_bytes(std::span(text))));
+}
+
+struct Statistics {
+    double peak = 0.0;
+    double rms = 0.0;
+    std::int64_t nonFinite = 0;
+};
+
+Statistics measure(std::span<const float> samples) {
+    Statistics result;
+    double sum = 0.0;
+    for (const float sample : samples) {
+        const auto x = static_cast<double>(sample);
+        if (!std::isfinite(x)) {
+            ++result.nonFinite;
+            continue;
+        }
+        result.peak = std::max(result.peak, std::fabs(x));
+        sum += x * x;
+    }
+    const auto finite = static_cast<std::int64_t>(samples.size()) - result.nonFinite;
+    result.rms = finite > 0 ? std::sqrt(sum / static_cast<double>(finite)) : 0.0;
+    return result;
+}
+
+} // namespace
+
+void complain(const std::string& sentence) {
+    trace().printError("zemo-batch: " + sentence + "\n");
+}
+
+bool StepRunner::hasSound(const std::string& step) const {
+    if (fBuffersize.load() == 0) {
+        complain(step + ": there is no sound.");
+    }
+    return fBuffersize.load() > 0;
+}
+
+bool StepRunner::operator()(const OpenStep& step) {
+    const FileUrl url(absolutePath(step.file));
+    const OpenResult result = openByExtension(url, step.swap);
+    float peak = 0.0F;
+    finishOpening(url.path(), &peak, step.normalize);
+    if (!result.loaded) {
+        complain("open " + step.file + ": the file was not opened (" + result.status + ").");
+    }
+    return result.loaded;
+}
+
+bool StepRunner::operator()(const RevertStep& /*step*/) {
+    revert(undo_);
+    return true;
+}
+
+bool StepRunner::operator()(const SaveStep& step) {
+    if (!hasSound("save " + step.file)) {
+        return false;
+    }
+    SoundCopy copy = SoundCopy::take();
+    if (copy.empty()) {
+        complain("save " + step.file + ": there is not enough memory.");
+        return false;
+    }
+    const bool saved = saveAsAudioFile(FileUrl(absolutePath(step.file)), copy.bytes());
+    if (!saved) {
+        complain("save " + step.file + ": the file was not saved.");
+    }
+    return saved;
+}
+
+bool StepRunner::operator()(const DumpStep& step) {
+    return written("dump", step.file,
+                   writeAtomically(absolutePath(step.file), {}, std::as_bytes(sound())));
+}
+
+bool StepRunner::operator()(const RenderStep& step) {
+    if (!hasSound("render " + step.file)) {
+        return false;
+    }
+    RenderMessageQueue queue;
+    TracingDelegate delegate;
+    const Listening listening(queue);
+    bufferPlayer.rmsMode.store(step.rms ? 1 : 0);
+    std::vector<float> rendered;
+    std::vector<float> levels;
+    bufferPlay0(0);
+    while (output_.isRunning()) {
+        output_.renderInto(rendered, step.frames);
+        queue.drain(delegate);
+        levels.push_back(value.load());
+    }
+    const auto bytes = std::as_bytes(std::span(rendered));
+    return written("render", step.file,
+                   writeAtomically(absolutePath(step.file), cafHeader(streamFormat, bytes.size()),
+                                   bytes)) &&
+           (step.levels.empty() || writeLevels(step.levels, levels));
+}
+
+bool StepRunner::operator()(const PlayStep& /*step*/) {
+    if (!hasSound("play")) {
+        return false;
+    }
+    platform::LinuxOutputUnit device(R);
+    device.setRenderCallback(FloatBufferRenderProc, &bufferPlayer);
+    RenderMessageQueue queue;
+    TracingDelegate delegate;
+    const Listening listening(queue);
+    bufferPlayer.outputUnit = &device;
+    bufferPlay0(0);
+    while (superviseOutputUnit()) {
+        queue.drain(delegate);
+        platform::services().clock->sleepFor(5ms);
+    }
+    queue.drain(delegate);
+    bufferPlayer.outputUnit = &output_;
+    if (!device.notice().empty()) {
+        trace().printError(device.notice() + "\n");
+    }
+    return true;
+}
+
+bool StepRunner::operator()(const InfoStep& /*step*/) {
+    const Statistics found = measure(sound());
+    const std::int64_t count = fBuffersize.load();
+    trace().print(format("samples %ld\nseconds %.6f\npeak %.9g\nrms %.9g\nnon-finite %ld\n"
+                         "revert %ld\n",
+                         count, static_cast<double>(count) / R, found.peak, found.rms,
+                         found.nonFinite, undo_.bufsize));
+    return true;
+}
+
+} // namespace zemo::batch

@@ -6,33 +6,17 @@
 #include <string>
 
 #include "ExampleSounds.h"
-#include "files/CafChunks.h"
+#include "files/AudioFileLayout.h"
+#include "files/FixFlags.h"
 
 namespace {
 
-std::vector<std::uint8_t> cafHeader(double rate, std::size_t samples) {
-    using namespace zemo::caf;
-    zemo::ByteWriter out;
-    FileHeader{}.write(out);
-    ChunkHeader{kAudioDescriptionType, AudioDescription::kBytes}.write(out);
-    AudioDescription{.sampleRate = rate,
-                     .formatID = zemo::platform::kLinearPCM,
-                     .formatFlags =
-                         AudioDescription::kFormatIsFloat | AudioDescription::kFormatIsLittleEndian,
-                     .bytesPerPacket = 4,
-                     .framesPerPacket = 1,
-                     .channelsPerFrame = 1,
-                     .bitsPerChannel = 32}
-        .write(out);
-    ChunkHeader{kAudioDataType, static_cast<std::int64_t>(AudioData::kBytes + 4 * samples)}.write(
-        out);
-    AudioData{}.write(out);
-    return out.bytes();
-}
-
 bool write(const std::filesystem::path& path, double rate, const std::vector<float>& sound) {
+    zemo::platform::AudioStreamBasicDescription format;
+    std::uint32_t fileType = 0;
+    zemo::setFormat(&format, &fileType, "caf", rate);
+    const auto header = zemo::cafHeader(format, sound.size() * sizeof(float));
     std::ofstream file(path, std::ios::binary);
-    const auto header = cafHeader(rate, sound.size());
     file.write(reinterpret_cast<const char*>(header.data()),
                static_cast<std::streamsize>(header.size()));
     file.write(reinterpret_cast<const char*>(sound.data()),

@@ -3,10 +3,13 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLocale>
+#include <memory>
 
 #include "app/AppDelegate.h"
+#include "files/PostError.h"
 #include "files/RawFileReader.h"
 #include "files/SoundLoader.h"
+#include "interface/SavePanel.h"
 #include "platform/Format.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
@@ -22,7 +25,6 @@ platform::TraceLog& trace() {
 /// A panel for one existing file of any kind. Not the system's own: that one takes no boxes.
 QFileDialog* makeOpenPanel(QWidget* parent, const QString& title) {
     auto* const panel = new QFileDialog(parent, title);
-    panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setOption(QFileDialog::DontUseNativeDialog);
     panel->setFileMode(QFileDialog::ExistingFile);
     panel->setAcceptMode(QFileDialog::AcceptOpen);
@@ -54,6 +56,7 @@ QString printable(const std::string& text) {
 
 void AppDelegate::OpenDialog(QObject* /*sender*/) {
     QFileDialog* const panel = makeOpenPanel(window, tr("Open"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
     auto* const accessory = new QWidget(panel);
     auto* const row = new QHBoxLayout(accessory);
     row->setContentsMargins(0, 0, 0, 0);
@@ -86,9 +89,9 @@ void AppDelegate::openChosenFile(const QString& path) {
 
 /// The older way in: every file is raw data, and the sound is always scaled.
 void AppDelegate::classicOpenDialog(QObject* /*sender*/) {
-    QFileDialog* const panel = makeOpenPanel(window, tr("Open as Raw Data"));
-    auto* const swapBox = new QCheckBox(tr("Swap Bytes"), panel);
-    setAccessoryView(panel, swapBox);
+    const std::unique_ptr<QFileDialog> panel(makeOpenPanel(window, tr("Open as Raw Data")));
+    auto* const swapBox = new QCheckBox(tr("Swap Bytes"), panel.get());
+    setAccessoryView(panel.get(), swapBox);
     const int result = panel->exec();
     if (result == QDialog::Accepted) {
         swapRaw = swapBox->isChecked();
@@ -108,6 +111,36 @@ void AppDelegate::openFileNamed(const QString& path) {
     swapRaw = false;
     norm = false;
     openChosenFile(path);
+}
+
+void AppDelegate::SaveAsAudioDialog(QObject* /*sender*/) {
+    if (fBuffersize.load() == 0) {
+        return;
+    }
+    auto* const panel = new SavePanel(window, tr("Save As"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setAllowedFileTypes({"caf", "CAF", "aif", "AIF"});
+    const auto copy = std::make_shared<SoundCopy>(SoundCopy::take());
+    if (copy->empty()) {
+        panel->deleteLater();
+        postTooLarge();
+        return;
+    }
+    connect(panel, &QDialog::finished, this, [this, panel, copy](int result) {
+        if (result == QDialog::Accepted) {
+            panel->hide();
+            saveCopy(panel->selectedFiles().value(0), *copy);
+        }
+    });
+    panel->open();
+}
+
+void AppDelegate::saveCopy(const QString& path, SoundCopy& copy) {
+    const bool saved = saveAsAudioFile(FileUrl(fileSystemPath(path)), copy.bytes());
+    trace().log(platform::format("%uc", saved ? 1U : 0U));
+    trace().log("no_err"); // whatever the result
+    const QString name = QFileInfo(path).fileName();
+    resultValue_->setText(saved ? tr("Saved as %1").arg(name) : tr("%1 was not saved").arg(name));
 }
 
 void AppDelegate::describeSound(const QString& path, const std::string& status) {

@@ -47,6 +47,7 @@ void AppDelegate::connectActions() {
     connect(testButton, &QPushButton::clicked, this, [this] { testButtonPressed(testButton); });
     onMenu("OpenMenu", [this] { OpenDialog(OpenMenu); });
     onMenu("OpenRawMenu", [this] { classicOpenDialog(sender()); });
+    onMenu("SaveAsAudioMenu", [this] { SaveAsAudioDialog(SaveAsAudioMenu); });
     onMenu("QuitMenu", [this] { window->close(); });
     onMenu("PlayMenu", [this] { playButton->click(); });
     onMenu("ModeMenu", [this] { modeButton->click(); });

@@ -23,11 +23,13 @@ bool hasDisplay() {
 int runWindow(QApplication& application) {
     zemo::platform::LinuxAudioOutput output;
     zemo::platform::SteadyClock clock;
+    zemo::platform::PosixFileOperations fileOperations;
     zemo::platform::PosixFileSystem fileSystem;
     zemo::platform::KernelVersion systemVersion;
     zemo::platform::SystemTrace trace("zemo");
     zemo::QtAlert alert;
-    zemo::platform::services() = {&output, &alert, &clock, &fileSystem, &systemVersion, &trace};
+    zemo::platform::services() = {&output,     &alert,         &clock, &fileOperations,
+                                  &fileSystem, &systemVersion, &trace};
 
     zemo::AppDelegate delegate;
     if (!delegate.loadMainWindow()) {

@@ -158,6 +158,87 @@ std::unique_ptr<platform::FileStream> MemoryFileSystem::openForReading(const std
     return std::make_unique<MemoryFileStream>(found->second, readableBytes);
 }
 
+long FakeFileOperations::called(const std::string& name) {
+    const std::size_t index = calls.size();
+    calls.push_back(name);
+    return inject ? inject(name, index) : 0;
+}
+
+int FakeFileOperations::followLinks(const std::string& path, std::string& target) {
+    const auto link = links.find(path);
+    target = link != links.end() ? link->second : path;
+    return static_cast<int>(called("followLinks"));
+}
+
+int FakeFileOperations::inspect(const std::string& path, platform::FileStatus& status) {
+    const auto known = statuses.find(path);
+    if (known != statuses.end()) {
+        status = known->second;
+    } else if (files_.count(path) > 0) {
+        status = {.exists = true, .isRegular = true, .isWritable = true, .mode = 0644};
+    }
+    return static_cast<int>(called("inspect"));
+}
+
+int FakeFileOperations::create(const std::string& path) {
+    if (const long answer = called("create")) {
+        return static_cast<int>(answer);
+    }
+    if (files_.count(path) > 0) {
+        return -EEXIST;
+    }
+    files_[path] = {};
+    open_[nextDescriptor_] = path;
+    return nextDescriptor_++;
+}
+
+int FakeFileOperations::setPermissions(int descriptor, const platform::FileStatus& like) {
+    permissions[open_.at(descriptor)] = like;
+    return static_cast<int>(called("setPermissions"));
+}
+
+long FakeFileOperations::write(int descriptor, const void* bytes, std::size_t count) {
+    const long answer = called("write");
+    if (answer < 0) {
+        return answer;
+    }
+    const std::size_t taken =
+        answer > 0 ? std::min<std::size_t>(count, static_cast<std::size_t>(answer)) : count;
+    const auto* const first = static_cast<const std::uint8_t*>(bytes);
+    std::vector<std::uint8_t>& file = files_[open_.at(descriptor)];
+    file.insert(file.end(), first, first + taken);
+    return static_cast<long>(taken);
+}
+
+int FakeFileOperations::sync(int /*descriptor*/) {
+    return static_cast<int>(called("sync"));
+}
+
+int FakeFileOperations::close(int descriptor) {
+    open_.erase(descriptor);
+    return static_cast<int>(called("close"));
+}
+
+int FakeFileOperations::rename(const std::string& from, const std::string& to) {
+    if (const long answer = called("rename")) {
+        return static_cast<int>(answer);
+    }
+    files_[to] = files_.at(from);
+    files_.erase(from);
+    return 0;
+}
+
+int FakeFileOperations::syncFolder(const std::string& /*folder*/) {
+    return static_cast<int>(called("syncFolder"));
+}
+
+int FakeFileOperations::remove(const std::string& path) {
+    if (const long answer = called("remove")) {
+        return static_cast<int>(answer);
+    }
+    return files_.erase(path) > 0 ? 0 : -ENOENT;
+}
+
 void RecordingDelegate::updateValue(float level) {
     std::ostringstream text;
     text << "updateValue " << level;
@@ -184,6 +265,7 @@ FakePlatform::FakePlatform() : before_(platform::services()) {
     platform::services() = {.audioOutput = &output,
                             .alert = &alert,
                             .clock = &clock,
+                            .fileOperations = &operations,
                             .fileSystem = &files,
                             .systemVersion = &systemVersion,
                             .trace = &trace};

@@ -1,6 +1,5 @@
 #include <QtTest>
 
-#include "platform_linux/LinuxServices.h"
 #include "playback/SharedState.h"
 #include "support/WindowUnderTest.h"
 

@@ -12,6 +12,8 @@
 #include <cstdint>
 #include <string>
 
+#include "dsp/Revert.h"
+#include "files/AudioFileWriter.h"
 #include "interface/BackgroundWindow.h"
 #include "interface/StateButton.h"
 #include "interface/TitledButton.h"
@@ -20,12 +22,6 @@
 #include "playback/RenderMessageQueue.h"
 
 namespace zemo {
-
-/// One level of undo: the sound as it was before the last transformation.
-struct undo_struct {
-    float* buf = nullptr;
-    std::int64_t bufsize = 0; ///< samples; 0: no copy
-};
 
 /// The application's controller: it owns the window's outlets, starts the output at launch and
 /// carries every action. Outlets are filled by name from the interface files. All of it is [main];
@@ -101,6 +97,8 @@ public:
     void testButtonPressed(TitledButton* sender);
     void OpenDialog(QObject* sender);
     void classicOpenDialog(QObject* sender);
+    /// Saves the sound as it is now, whatever becomes of it while the panel is open.
+    void SaveAsAudioDialog(QObject* sender);
     void aboutDialog(QObject* sender);
 
     // Messages --------------------------------------------------------------------------------
@@ -125,6 +123,7 @@ private:
     Q_INVOKABLE void attendPlayback();
     void openChosenFile(const QString& path);
     void openChosenRawFile(const QString& path);
+    void saveCopy(const QString& path, SoundCopy& copy);
     void describeSound(const QString& path, const std::string& status);
     void showRate();
     void showNotice();

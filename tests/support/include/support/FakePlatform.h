@@ -9,6 +9,7 @@
 #include "platform/Alert.h"
 #include "platform/AudioOutput.h"
 #include "platform/Clock.h"
+#include "platform/FileOperations.h"
 #include "platform/FileStream.h"
 #include "platform/Services.h"
 #include "platform/SystemVersion.h"
@@ -107,6 +108,43 @@ public:
                                                          int& error) override;
 };
 
+/// The system calls of a save on files in memory; any of them can be made to fail.
+class FakeFileOperations final : public platform::FileOperations {
+public:
+    explicit FakeFileOperations(MemoryFileSystem& fileSystem) : files_(fileSystem.files) {}
+
+    /// Called before every call with its name and how many calls were made before it. What it
+    /// returns other than 0 is the call's answer: a negative error number, or, from "write", how
+    /// many bytes are taken.
+    std::function<long(const std::string& call, std::size_t index)> inject;
+    std::vector<std::string> calls;
+    std::map<std::string, std::string> links;                ///< symbolic links
+    std::map<std::string, platform::FileStatus> statuses;    ///< of files that are not plain
+    std::map<std::string, platform::FileStatus> permissions; ///< what setPermissions was given
+
+    int followLinks(const std::string& path, std::string& target) override;
+    int inspect(const std::string& path, platform::FileStatus& status) override;
+    int create(const std::string& path) override;
+    int setPermissions(int descriptor, const platform::FileStatus& like) override;
+    long write(int descriptor, const void* bytes, std::size_t count) override;
+    int sync(int descriptor) override;
+    int close(int descriptor) override;
+    int rename(const std::string& from, const std::string& to) override;
+    int syncFolder(const std::string& folder) override;
+    int remove(const std::string& path) override;
+    std::uint64_t uniqueNumber() override { return ++lastNumber_; }
+
+    std::size_t openDescriptors() const { return open_.size(); }
+
+private:
+    long called(const std::string& name);
+
+    std::map<std::string, std::vector<std::uint8_t>>& files_;
+    std::map<int, std::string> open_;
+    int nextDescriptor_ = 3;
+    std::uint64_t lastNumber_ = 0;
+};
+
 class FakeSystemVersion final : public platform::SystemVersion {
 public:
     std::int32_t minor = 10;
@@ -140,6 +178,7 @@ public:
     RecordingTrace trace;
     FakeClock clock;
     MemoryFileSystem files;
+    FakeFileOperations operations{files};
     FakeSystemVersion systemVersion;
     RecordingDelegate delegate;
 

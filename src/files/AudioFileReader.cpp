@@ -142,6 +142,7 @@ const char* openSoundFile(const FileUrl& url) {
     auto audio = AudioFile::open(url.path());
     Properties file;
     if (audio) {
+        static_cast<void>(audio.value().fileFormatInfo()); // asked for as well, and not used
         file = {audio.value().dataFormat(), audio.value().sourceBitDepth(),
                 audio.value().packetCount()};
     }

@@ -53,7 +53,8 @@ int main(int argc, char** argv) {
         return std::fputs(help ? kUsage : "zemo " ZEMO_VERSION "\n", stdout) < 0;
     }
     if (!hasDisplay()) {
-        std::fputs("zemo: there is no display; zemo-batch works without one.\n", stderr);
+        static_cast<void>(
+            std::fputs("zemo: there is no display; zemo-batch works without one.\n", stderr));
         return EXIT_FAILURE;
     }
     QApplication application(argc, argv);

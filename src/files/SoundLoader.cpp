@@ -35,7 +35,7 @@ OpenResult openByExtension(const FileUrl& url, bool swapRaw) {
     const float* const before = fBuffer.load();
     const char* const result = openFile(url.path().c_str(), swapRaw);
     const bool loaded = fBuffer.load() != before && fBuffersize.load() > 0;
-    const OpenResult opened{.loaded = loaded, .status = std::string("Raw data file: ") + result};
+    OpenResult opened{.loaded = loaded, .status = std::string("Raw data file: ") + result};
     log(opened.status);
     return opened;
 }

@@ -35,7 +35,11 @@ int PosixFileOperations::followLinks(const std::string& path, std::string& targe
         if (next.empty()) {
             return 0;
         }
-        target = next.front() == '/' ? next : target.substr(0, target.rfind('/') + 1) + next;
+        if (next.front() == '/') {
+            target = next;
+        } else {
+            target.erase(target.rfind('/') + 1).append(next);
+        }
     }
     return -ELOOP;
 }

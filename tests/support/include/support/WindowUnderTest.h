@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "interface/SavePanel.h"
 #include "support/FakePlatform.h"
 
 namespace zemo::test {

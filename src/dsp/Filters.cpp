@@ -1,0 +1,104 @@
+#include "dsp/Filters.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace zemo {
+namespace {
+
+/// Stored as doubles, used as floats.
+struct TwoPoleCoefficients {
+    double twoBack; ///< feedback on y[n-2]
+    double oneBack; ///< feedback on y[n-1]
+    double gain;    ///< divides the input
+};
+
+constexpr std::array kTwoPoleSets{
+    TwoPoleCoefficients{-0.9041630409, 1.8993334201, 1.051663921},
+    TwoPoleCoefficients{-0.8175124034, 1.7990964095, 1.106008476},
+};
+
+constexpr double kFirGain = 49.99849746;
+constexpr int kFirCentre = 256;
+/// A sinc under a Gaussian window: the cut-off (of the sample rate) and the window's exponent at
+/// the ends are those for which the taps sum to kFirGain and the outermost are -1.33008e-5.
+constexpr double kFirCutOff = 0.010000134335136331;
+constexpr double kFirWindow = 7.450999953298499;
+constexpr double kFirCentreTap = 0.9999997;
+
+std::array<float, 513> makeFirTable() {
+    std::array<float, 513> table{};
+    table[kFirCentre] = static_cast<float>(kFirCentreTap);
+    for (int n = 1; n <= kFirCentre; ++n) {
+        const double angle = 2.0 * std::numbers::pi * kFirCutOff * n;
+        const double place = static_cast<double>(n) / kFirCentre;
+        const double tap =
+            kFirCentreTap * std::sin(angle) / angle * std::exp(-kFirWindow * place * place);
+        table[static_cast<std::size_t>(kFirCentre - n)] = static_cast<float>(tap);
+        table[static_cast<std::size_t>(kFirCentre + n)] = static_cast<float>(tap);
+    }
+    return table;
+}
+
+/// The part of the history that a call begins with.
+void beginHistory(std::array<float, 3>& history) {
+    history[0] = 0.0F;
+    history[1] = 0.0F;
+    if (!std::isfinite(history[2])) {
+        history[2] = 0.0F;
+    }
+}
+
+void shift(std::array<float, 3>& history, float newest) {
+    history[0] = history[1];
+    history[1] = history[2];
+    history[2] = newest;
+}
+
+} // namespace
+
+std::array<float, 3> xv{};
+std::array<float, 3> yv{};
+const std::array<float, 513> firxcoeffs = makeFirTable();
+std::array<float, 513> firxv{};
+
+void dsp::twoPoleHighPass(const float* in, float* out, std::int64_t n, std::uint8_t selector,
+                          std::array<float, 3>& inputs, std::array<float, 3>& outputs) {
+    const TwoPoleCoefficients& set = kTwoPoleSets[selector == 1 ? 1 : 0];
+    const auto twoBack = static_cast<float>(set.twoBack);
+    const auto oneBack = static_cast<float>(set.oneBack);
+    const auto gain = static_cast<float>(set.gain);
+    beginHistory(inputs);
+    beginHistory(outputs);
+    for (std::int64_t i = 0; i < n; ++i) {
+        shift(inputs, in[i] / gain);
+        shift(outputs, 0.0F);
+        outputs[2] = (inputs[0] + inputs[2]) - 2.0F * inputs[1] + twoBack * outputs[0] +
+                     oneBack * outputs[1];
+        out[i] = outputs[2];
+    }
+}
+
+void two_pole_iir(const float* in, float* out, std::int64_t n, std::uint8_t selector) {
+    dsp::twoPoleHighPass(in, out, n, selector, xv, yv);
+}
+
+double dcFilter(double* prevIn, double* prevOut, double x, double r) {
+    const double y = x - *prevIn + r * *prevOut;
+    *prevIn = x;
+    *prevOut = y;
+    return y;
+}
+
+float firhp(float x) {
+    std::copy(firxv.begin() + 1, firxv.end(), firxv.begin());
+    firxv.back() = static_cast<float>(static_cast<double>(x) / kFirGain);
+    float sum = 0.0F;
+    for (std::size_t k = 0; k < firxv.size(); ++k) {
+        sum += firxcoeffs[k] * firxv[k];
+    }
+    return sum;
+}
+
+} // namespace zemo

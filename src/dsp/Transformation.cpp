@@ -1,0 +1,34 @@
+#include "dsp/Transformation.h"
+
+#include <new>
+
+#include "playback/SharedState.h"
+#include "playback/SoundExchange.h"
+
+namespace zemo {
+
+std::span<const float> soundSamples() {
+    return {fBuffer.load(), static_cast<std::size_t>(fBuffersize.load())};
+}
+
+Refusal replaceSound(std::int64_t count, std::int64_t slack,
+                     const std::function<void(std::span<float>)>& kernel) {
+    SampleBlock samples = allocateSamples(count);
+    if (samples == nullptr) {
+        return outOfMemory();
+    }
+    try {
+        kernel({samples.get(), static_cast<std::size_t>(count)});
+    } catch (const std::bad_alloc&) {
+        return outOfMemory();
+    }
+    replaceBuffer(std::move(samples), count, slack);
+    return std::nullopt;
+}
+
+platform::Error outOfMemory() {
+    return {platform::ErrorCategory::OutOfMemory, std::nullopt,
+            "There is not enough memory for this transformation."};
+}
+
+} // namespace zemo

@@ -77,6 +77,9 @@ int runBatch(const std::vector<std::string>& words) {
         trace.print(line->help ? usage() : "zemo-batch " ZEMO_VERSION "\n");
         return kDone;
     }
+    for (const std::string& notice : line->notices) {
+        complain(notice);
+    }
     return runSteps(*line);
 }
 

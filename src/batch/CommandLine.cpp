@@ -1,62 +1,30 @@
 #include "batch/CommandLine.h"
 
-#include <charconv>
 #include <cmath>
 #include <map>
 
+#include "TransformationSteps.h"
+#include "Words.h"
 #include "files/AudioFileWriter.h"
 
 namespace zemo::batch {
 namespace {
 
-/// The words still to be read.
-class Words {
-public:
-    explicit Words(const std::vector<std::string>& words) : words_(words) {}
-
-    bool empty() const { return next_ == words_.size(); }
-    std::string take() { return empty() ? std::string() : words_[next_++]; }
-    bool takeIf(const std::string& word) {
-        const bool found = !empty() && words_[next_] == word;
-        next_ += found ? 1 : 0;
-        return found;
-    }
-    /// The value of a word `name=value` that stands next.
-    std::optional<std::string> takeValueOf(const std::string& name) {
-        const std::string start = name + "=";
-        if (empty() || words_[next_].compare(0, start.size(), start) != 0) {
-            return std::nullopt;
-        }
-        return words_[next_++].substr(start.size());
-    }
-
-private:
-    const std::vector<std::string>& words_;
-    std::size_t next_ = 0;
-};
-
-/// The whole text as a number, in the notation of C.
-template <typename Number> bool parseNumber(const std::string& text, Number& number) {
-    const char* const end = text.data() + text.size();
-    const auto [stopped, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stopped == end;
-}
-
 using StepOrNothing = std::optional<Step>;
-using StepParser = StepOrNothing (*)(Words&, std::string&);
+using StepParser = StepOrNothing (*)(Words&);
 
 /// The file that every step of that name needs.
-bool takeFile(Words& words, const char* step, std::string& file, std::string& complaint) {
+bool takeFile(Words& words, const char* step, std::string& file) {
     file = words.take();
     if (file.empty()) {
-        complaint = std::string(step) + " needs a file.";
+        words.complaint = std::string(step) + " needs a file.";
     }
     return !file.empty();
 }
 
-StepOrNothing parseOpen(Words& words, std::string& complaint) {
+StepOrNothing parseOpen(Words& words) {
     OpenStep step;
-    if (!takeFile(words, "open", step.file, complaint)) {
+    if (!takeFile(words, "open", step.file)) {
         return std::nullopt;
     }
     step.swap = words.takeIf("swap");
@@ -64,21 +32,22 @@ StepOrNothing parseOpen(Words& words, std::string& complaint) {
     return step;
 }
 
-StepOrNothing parseSave(Words& words, std::string& complaint) {
+StepOrNothing parseSave(Words& words) {
     SaveStep step;
-    if (!takeFile(words, "save", step.file, complaint)) {
+    if (!takeFile(words, "save", step.file)) {
         return std::nullopt;
     }
     if (!isSavedExtension(FileUrl(step.file).pathExtension())) {
-        complaint = "save " + step.file + ": the file's name must end in .caf, .CAF, .aif or .AIF.";
+        words.complaint =
+            "save " + step.file + ": the file's name must end in .caf, .CAF, .aif or .AIF.";
         return std::nullopt;
     }
     return step;
 }
 
-StepOrNothing parseDump(Words& words, std::string& complaint) {
+StepOrNothing parseDump(Words& words) {
     DumpStep step;
-    return takeFile(words, "dump", step.file, complaint) ? StepOrNothing(step) : std::nullopt;
+    return takeFile(words, "dump", step.file) ? StepOrNothing(step) : std::nullopt;
 }
 
 bool parseFrames(const std::string& text, std::uint32_t& frames, std::string& complaint) {
@@ -90,27 +59,18 @@ bool parseFrames(const std::string& text, std::uint32_t& frames, std::string& co
     return false;
 }
 
-bool parseSwitch(const std::string& text, const char* name, bool& isOn, std::string& complaint) {
-    isOn = text == "on";
-    if (!isOn && text != "off") {
-        complaint = std::string(name) + " is on or off.";
-        return false;
-    }
-    return true;
-}
-
-StepOrNothing parseRender(Words& words, std::string& complaint) {
+StepOrNothing parseRender(Words& words) {
     RenderStep step;
-    if (!takeFile(words, "render", step.file, complaint)) {
+    if (!takeFile(words, "render", step.file)) {
         return std::nullopt;
     }
     while (true) {
         if (const auto frames = words.takeValueOf("frames")) {
-            if (!parseFrames(*frames, step.frames, complaint)) {
+            if (!parseFrames(*frames, step.frames, words.complaint)) {
                 return std::nullopt;
             }
         } else if (const auto rms = words.takeValueOf("rms")) {
-            if (!parseSwitch(*rms, "render: rms", step.rms, complaint)) {
+            if (!parseSwitch(*rms, "render: rms", step.rms, words.complaint)) {
                 return std::nullopt;
             }
         } else if (const auto levels = words.takeValueOf("levels")) {
@@ -121,13 +81,19 @@ StepOrNothing parseRender(Words& words, std::string& complaint) {
     }
 }
 
-template <typename Plain> StepOrNothing parsePlain(Words& /*words*/, std::string& /*complaint*/) {
+template <typename Plain> StepOrNothing parsePlain(Words& /*words*/) {
     return Plain{};
 }
 
 const std::map<std::string, StepParser>& stepParsers() {
     static const std::map<std::string, StepParser> parsers{
         {"open", parseOpen},
+        {"resample", parseResample},
+        {"am", parseAm},
+        {"ssb-lower", parseSsbLower},
+        {"ssb-upper", parseSsbUpper},
+        {"fm", parseFm},
+        {"hd", parseHd},
         {"revert", parsePlain<RevertStep>},
         {"save", parseSave},
         {"dump", parseDump},
@@ -138,32 +104,32 @@ const std::map<std::string, StepParser>& stepParsers() {
     return parsers;
 }
 
-bool parseRate(Words& words, std::optional<double>& rate, std::string& complaint) {
+bool parseRate(Words& words, std::optional<double>& rate) {
     double hertz = 0.0;
     if (!parseNumber(words.take(), hertz) || !std::isfinite(hertz) || hertz < 1.0 || hertz > 1e6) {
-        complaint = "--rate needs a number of hertz from 1 to 1000000.";
+        words.complaint = "--rate needs a number of hertz from 1 to 1000000.";
         return false;
     }
     rate = hertz;
     return true;
 }
 
-bool parseSteps(Words& words, std::vector<Step>& steps, std::string& complaint) {
+bool parseSteps(Words& words, std::vector<Step>& steps) {
     while (!words.empty()) {
         const std::string name = words.take();
         const auto parser = stepParsers().find(name);
         if (parser == stepParsers().end()) {
-            complaint = "There is no step named \"" + name + "\".";
+            words.complaint = "There is no step named \"" + name + "\".";
             return false;
         }
-        const StepOrNothing step = parser->second(words, complaint);
+        const StepOrNothing step = parser->second(words);
         if (!step) {
             return false;
         }
         steps.push_back(*step);
     }
     if (steps.empty()) {
-        complaint = "There is nothing to do.";
+        words.complaint = "There is nothing to do.";
     }
     return !steps.empty();
 }
@@ -176,22 +142,30 @@ std::optional<CommandLine> parseCommandLine(const std::vector<std::string>& argu
     CommandLine line;
     line.help = words.takeIf("--help");
     line.version = !line.help && words.takeIf("--version");
+    bool good = false;
     if (line.help || line.version) {
-        if (words.empty()) {
-            return line;
-        }
-        complaint = "--help and --version stand alone.";
-        return std::nullopt;
+        good = words.empty();
+        words.complaint = "--help and --version stand alone.";
+    } else {
+        good = (!words.takeIf("--rate") || parseRate(words, line.rate)) &&
+               parseSteps(words, line.steps);
     }
-    if (words.takeIf("--rate") && !parseRate(words, line.rate, complaint)) {
-        return std::nullopt;
-    }
-    return parseSteps(words, line.steps, complaint) ? std::optional(line) : std::nullopt;
+    line.notices = words.notices;
+    complaint = good ? std::string() : words.complaint;
+    return good ? std::optional(line) : std::nullopt;
 }
 
 std::string usage() {
     return R"(zemo-batch [--rate HZ] STEP...
   open FILE [swap] [normalize]  read a sound, as the window's open panel does
+  resample RATIO                change its number of samples, the rate as it is
+  am FREQ INDEX                 modulate its amplitude by a sine
+  ssb-lower FREQ INDEX          shift it below a carrier
+  ssb-upper FREQ INDEX          shift it above a carrier
+  fm FREQ INDEX LPF             modulate the phase of a carrier by it
+  hd [harmonics=2|4|2,4] [highpass=0|500|1000] [slope=S] [attack=A] [mix=M]
+     [scale=on|off] [knee=K] [comp=C]
+                                add even harmonics to it
   revert                        exchange the sound and the copy of the last one
   save FILE                     write it as FILE: .caf .CAF .aif .AIF
   dump FILE                     write its samples alone, little-endian floats

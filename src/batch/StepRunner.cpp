@@ -5,6 +5,11 @@
 #include <filesystem>
 #include <system_error>
 
+#include "dsp/AmplitudeModulation.h"
+#include "dsp/HarmonicProcessor.h"
+#include "dsp/PhaseModulation.h"
+#include "dsp/Resampler.h"
+#include "dsp/SingleSideband.h"
 #include "files/AtomicFile.h"
 #include "files/AudioFileLayout.h"
 #include "files/AudioFileWriter.h"
@@ -122,6 +127,52 @@ bool StepRunner::operator()(const OpenStep& step) {
         complain("open " + step.file + ": the file was not opened (" + result.status + ").");
     }
     return result.loaded;
+}
+
+template <typename Transformation>
+bool StepRunner::transform(const std::string& step, const Refusal& refusal,
+                           Transformation transformation) {
+    if (!hasSound(step)) {
+        return false;
+    }
+    Refusal reason = refusal;
+    if (!reason && !make_revert(undo_, fBuffer.load(), fBuffersize.load())) {
+        reason = outOfMemory();
+    }
+    if (!reason) {
+        reason = transformation();
+    }
+    if (reason) {
+        complain(step + ": " + reason->sentence);
+    }
+    return !reason;
+}
+
+bool StepRunner::operator()(const ResampleStep& step) {
+    return transform("resample", resampleRefusal(step.ratio),
+                     [&] { return resampleBuffer(step.ratio); });
+}
+
+bool StepRunner::operator()(const AmStep& step) {
+    if (step.kind == AmStep::Kind::Am) {
+        return transform("am", std::nullopt, [&] { return amBuffer(step.frequency, step.index); });
+    }
+    const bool upper = step.kind == AmStep::Kind::SsbUpper;
+    return transform(upper ? "ssb-upper" : "ssb-lower", std::nullopt,
+                     [&] { return ssbmBuffer(upper, step.frequency, step.index); });
+}
+
+bool StepRunner::operator()(const FmStep& step) {
+    return transform("fm", pmRefusal(step.envelopeRate),
+                     [&] { return pmBuffer(step.frequency, step.index, step.envelopeRate); });
+}
+
+bool StepRunner::operator()(const HdStep& step) {
+    const HdSettings& s = step.settings;
+    return transform("hd", std::nullopt, [&] {
+        return hd(s.two, s.four, s.six, s.attack, s.scale, s.hpSelect, s.slope, s.mix, s.knee,
+                  s.comp);
+    });
 }
 
 bool StepRunner::operator()(const RevertStep& /*step*/) {

@@ -6,6 +6,8 @@
 #include <variant>
 #include <vector>
 
+#include "dsp/HarmonicProcessor.h"
+
 /// The words that zemo-batch understands.
 namespace zemo::batch {
 
@@ -14,6 +16,39 @@ struct OpenStep {
     std::string file;
     bool swap = false;
     bool normalize = false;
+};
+
+/// `resample RATIO`: changes the number of samples, the rate as it is.
+struct ResampleStep {
+    float ratio = 1.0F;
+};
+
+/// `am FREQ INDEX`, `ssb-lower FREQ INDEX`, `ssb-upper FREQ INDEX`: the three segments of one
+/// sheet.
+struct AmStep {
+    enum class Kind : std::uint8_t { Am, SsbLower, SsbUpper };
+    Kind kind = Kind::Am;
+    float frequency = 0.0F; ///< hertz, above 0
+    float index = 0.0F;     ///< 0 or more
+};
+
+/// `fm FREQ INDEX LPF`.
+struct FmStep {
+    float frequency = 0.0F;    ///< hertz, above 0
+    float index = 0.0F;        ///< radians a unit, 0 or more
+    float envelopeRate = 0.0F; ///< hertz, clamped to 4..32
+};
+
+/// `hd [harmonics=2|4|2,4] [highpass=0|500|1000] [slope=S] [attack=A] [mix=M] [scale=on|off]
+/// [knee=K] [comp=C]`: unnamed settings have the sheet's first values.
+struct HdStep {
+    HdSettings settings{.two = true,
+                        .attack = 500,
+                        .scale = true,
+                        .slope = 0.995,
+                        .mix = 0.5F,
+                        .knee = 0.5F,
+                        .comp = 0.5F};
 };
 
 /// `revert`: exchanges the sound and the copy that the last transformation kept.
@@ -45,13 +80,15 @@ struct PlayStep {};
 /// `info`: what is known of the sound, on standard output.
 struct InfoStep {};
 
-using Step = std::variant<OpenStep, RevertStep, SaveStep, DumpStep, RenderStep, PlayStep, InfoStep>;
+using Step = std::variant<OpenStep, ResampleStep, AmStep, FmStep, HdStep, RevertStep, SaveStep,
+                          DumpStep, RenderStep, PlayStep, InfoStep>;
 
 struct CommandLine {
     bool help = false;
     bool version = false;
     std::optional<double> rate; ///< hertz
     std::vector<Step> steps;
+    std::vector<std::string> notices; ///< one sentence for every value that was clamped
 };
 
 /// [any] Reads the whole command line, the program's name left out. What is wrong with it is put

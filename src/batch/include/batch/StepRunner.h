@@ -5,6 +5,7 @@
 #include "batch/CommandLine.h"
 #include "batch/OfflineOutput.h"
 #include "dsp/Revert.h"
+#include "dsp/Transformation.h"
 
 namespace zemo::batch {
 
@@ -18,6 +19,10 @@ public:
     explicit StepRunner(OfflineOutput& output) : output_(output) {}
 
     bool operator()(const OpenStep& step);
+    bool operator()(const ResampleStep& step);
+    bool operator()(const AmStep& step);
+    bool operator()(const FmStep& step);
+    bool operator()(const HdStep& step);
     bool operator()(const RevertStep& step);
     bool operator()(const SaveStep& step);
     bool operator()(const DumpStep& step);
@@ -27,6 +32,10 @@ public:
 
 private:
     bool hasSound(const std::string& step) const;
+
+    /// Keeps the copy for revert and transforms the sound, unless there is a `refusal` already.
+    template <typename Transformation>
+    bool transform(const std::string& step, const Refusal& refusal, Transformation transformation);
 
     OfflineOutput& output_;
     undo_struct undo_;

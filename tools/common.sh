@@ -17,18 +17,23 @@ quietly() {
 # The functions below work in the current directory, the project's root. The lock is for two
 # scripts started at once: they would write the same build tree.
 
-# A cache that was copied along with the tree points at the old place, so it does not count.
+# A build tree that was copied along with the source still points at the old place.
+is_of_this_place() { # PRESET
+    grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "build/$1/CMakeCache.txt"
+}
+
 is_configured() { # PRESET
-    [[ -f build/$1/build.ninja ]] &&
-        grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "build/$1/CMakeCache.txt"
+    [[ -f build/$1/build.ninja ]] && is_of_this_place "$1"
 }
 
 configure() { # PRESET ARGUMENT...
-    local preset=$1 fresh=()
+    local preset=$1
     shift
-    is_configured "$preset" || fresh=(--fresh)
+    if [[ -f build/$preset/CMakeCache.txt ]] && ! is_of_this_place "$preset"; then
+        rm -rf -- "build/$preset"
+    fi
     quietly "build/logs/$preset-configure.log" \
-        flock build/.lock cmake --preset "$preset" "${fresh[@]}" "$@"
+        flock build/.lock cmake --preset "$preset" "$@"
 }
 
 build() { # PRESET ARGUMENT...

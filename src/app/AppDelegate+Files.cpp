@@ -149,12 +149,21 @@ void AppDelegate::describeSound(const QString& path, const std::string& status) 
         resultValue_->setText(tr("%1 (%2)").arg("KO", name));
         return;
     }
+    soundName_->setText(fBuffersize.load() > 0 ? name : tr("No sound"));
+    describeLength();
+    resultValue_->setText(printable(status));
+}
+
+void AppDelegate::describeLength() {
     const std::int64_t count = fBuffersize.load();
     const QLocale locale;
-    soundName_->setText(count > 0 ? name : tr("No sound"));
     lengthValue_->setText(tr("%1 s").arg(locale.toString(static_cast<double>(count) / R, 'f', 3)));
     samplesValue_->setText(locale.toString(static_cast<qlonglong>(count)));
-    resultValue_->setText(printable(status));
+}
+
+void AppDelegate::describeTransformation(const Refusal& refusal) {
+    describeLength();
+    resultValue_->setText(refusal ? QString::fromStdString(refusal->sentence) : tr("Done"));
 }
 
 } // namespace zemo

@@ -9,11 +9,6 @@
 
 namespace zemo {
 
-template <typename Outlet> bool AppDelegate::fill(Outlet*& outlet, const char* name) {
-    outlet = window->findChild<Outlet*>(name);
-    return outlet != nullptr;
-}
-
 bool AppDelegate::loadMainWindow() {
     InterfaceLoader loader;
     QWidget* const made = loader.loadInterface("mainWindow");
@@ -22,15 +17,18 @@ bool AppDelegate::loadMainWindow() {
         delete made;
         return false;
     }
-    const bool buttons = fill(levelView, "levelView") && fill(playButton, "playButton") &&
-                         fill(modeButton, "modeButton") && fill(testButton, "testButton");
-    const bool menus = fill(OpenMenu, "OpenMenu") && fill(SaveAsAudioMenu, "SaveAsAudioMenu") &&
-                       fill(ResampleMenu, "ResampleMenu") && fill(AMMenu, "AMMenu") &&
-                       fill(FMMenu, "FMMenu") && fill(HDMenu, "HDMenu") &&
-                       fill(RevertMenu, "RevertMenu");
-    const bool labels = fill(soundName_, "soundName") && fill(lengthValue_, "lengthValue") &&
-                        fill(samplesValue_, "samplesValue") && fill(rateValue_, "rateValue") &&
-                        fill(resultValue_, "resultValue") && fill(notice_, "notice");
+    const bool buttons =
+        fill(window, levelView, "levelView") && fill(window, playButton, "playButton") &&
+        fill(window, modeButton, "modeButton") && fill(window, testButton, "testButton");
+    const bool menus = fill(window, OpenMenu, "OpenMenu") &&
+                       fill(window, SaveAsAudioMenu, "SaveAsAudioMenu") &&
+                       fill(window, ResampleMenu, "ResampleMenu") &&
+                       fill(window, AMMenu, "AMMenu") && fill(window, FMMenu, "FMMenu") &&
+                       fill(window, HDMenu, "HDMenu") && fill(window, RevertMenu, "RevertMenu");
+    const bool labels =
+        fill(window, soundName_, "soundName") && fill(window, lengthValue_, "lengthValue") &&
+        fill(window, samplesValue_, "samplesValue") && fill(window, rateValue_, "rateValue") &&
+        fill(window, resultValue_, "resultValue") && fill(window, notice_, "notice");
     if (!buttons || !menus || !labels) {
         return false;
     }
@@ -48,6 +46,11 @@ void AppDelegate::connectActions() {
     onMenu("OpenMenu", [this] { OpenDialog(OpenMenu); });
     onMenu("OpenRawMenu", [this] { classicOpenDialog(sender()); });
     onMenu("SaveAsAudioMenu", [this] { SaveAsAudioDialog(SaveAsAudioMenu); });
+    onMenu("RevertMenu", [this] { revertAction(RevertMenu); });
+    onMenu("ResampleMenu", [this] { ResampleDialog(ResampleMenu); });
+    onMenu("AMMenu", [this] { AMDialog(AMMenu); });
+    onMenu("FMMenu", [this] { FMDialog(FMMenu); });
+    onMenu("HDMenu", [this] { HDDialog(HDMenu); });
     onMenu("QuitMenu", [this] { window->close(); });
     onMenu("PlayMenu", [this] { playButton->click(); });
     onMenu("ModeMenu", [this] { modeButton->click(); });

@@ -26,10 +26,11 @@ int runWindow(QApplication& application) {
     zemo::platform::PosixFileOperations fileOperations;
     zemo::platform::PosixFileSystem fileSystem;
     zemo::platform::KernelVersion systemVersion;
+    zemo::platform::LinuxMemory memory;
     zemo::platform::SystemTrace trace("zemo");
     zemo::QtAlert alert;
     zemo::platform::services() = {&output,     &alert,         &clock, &fileOperations,
-                                  &fileSystem, &systemVersion, &trace};
+                                  &fileSystem, &systemVersion, &trace, &memory};
 
     zemo::AppDelegate delegate;
     if (!delegate.loadMainWindow()) {

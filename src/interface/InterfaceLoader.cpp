@@ -1,8 +1,11 @@
 #include "interface/InterfaceLoader.h"
 
 #include <QFile>
+#include <QHash>
 
 #include "interface/BackgroundWindow.h"
+#include "interface/SegmentedControl.h"
+#include "interface/SheetPanel.h"
 #include "interface/StateButton.h"
 #include "interface/TitledButton.h"
 #include "meter/levelOpenGLView.h"
@@ -12,6 +15,28 @@ static void registerInterfaceResource() {
 }
 
 namespace zemo {
+namespace {
+
+using Maker = QWidget* (*)(QWidget* parent);
+
+template <typename Widget> QWidget* make(QWidget* parent) {
+    return new Widget(parent);
+}
+
+/// The widgets of this program by the names that the interface files have for them.
+const QHash<QString, Maker>& makers() {
+    static const QHash<QString, Maker> all{
+        {"BackgroundWindow", make<BackgroundWindow>},
+        {"SegmentedControl", make<SegmentedControl>},
+        {"SheetPanel", make<SheetPanel>},
+        {"StateButton", make<StateButton>},
+        {"TitledButton", make<TitledButton>},
+        {"levelOpenGLView", make<levelOpenGLView>},
+    };
+    return all;
+}
+
+} // namespace
 
 QWidget* InterfaceLoader::loadInterface(const QString& name, QWidget* parent) {
     registerInterfaceResource();
@@ -21,18 +46,11 @@ QWidget* InterfaceLoader::loadInterface(const QString& name, QWidget* parent) {
 
 QWidget* InterfaceLoader::createWidget(const QString& className, QWidget* parent,
                                        const QString& name) {
-    QWidget* widget = nullptr;
-    if (className == "BackgroundWindow") {
-        widget = new BackgroundWindow(parent);
-    } else if (className == "StateButton") {
-        widget = new StateButton(parent);
-    } else if (className == "TitledButton") {
-        widget = new TitledButton(parent);
-    } else if (className == "levelOpenGLView") {
-        widget = new levelOpenGLView(parent);
-    } else {
+    const auto maker = makers().find(className);
+    if (maker == makers().end()) {
         return QUiLoader::createWidget(className, parent, name);
     }
+    QWidget* const widget = maker.value()(parent);
     widget->setObjectName(name);
     return widget;
 }

@@ -10,11 +10,17 @@
 #include <QSlider>
 #include <QTimer>
 #include <cstdint>
+#include <functional>
 #include <string>
 
+#include "app/SheetSession.h"
+#include "dsp/HarmonicProcessor.h"
 #include "dsp/Revert.h"
+#include "dsp/Transformation.h"
 #include "files/AudioFileWriter.h"
 #include "interface/BackgroundWindow.h"
+#include "interface/SegmentedControl.h"
+#include "interface/SheetPanel.h"
 #include "interface/StateButton.h"
 #include "interface/TitledButton.h"
 #include "meter/levelOpenGLView.h"
@@ -22,6 +28,8 @@
 #include "playback/RenderMessageQueue.h"
 
 namespace zemo {
+
+struct SheetKind;
 
 /// The application's controller: it owns the window's outlets, starts the output at launch and
 /// carries every action. Outlets are filled by name from the interface files. All of it is [main];
@@ -47,10 +55,10 @@ public:
     QAction* RevertMenu = nullptr;
 
     // The sheets' outlets are null until a sheet is opened for the first time.
-    QDialog* resamplePanel = nullptr;
-    QDialog* amPanel = nullptr;
-    QDialog* fmPanel = nullptr;
-    QDialog* hdPanel = nullptr;
+    SheetPanel* resamplePanel = nullptr;
+    SheetPanel* amPanel = nullptr;
+    SheetPanel* fmPanel = nullptr;
+    SheetPanel* hdPanel = nullptr;
     QLineEdit* resamplingTextField = nullptr;
     QPushButton* resamplingOkButton = nullptr;
     QPushButton* resamplingCancelButton = nullptr;
@@ -58,14 +66,14 @@ public:
     QLineEdit* amIndexTextField = nullptr;
     QPushButton* amOkButton = nullptr;
     QPushButton* amCancelButton = nullptr;
-    QWidget* amSegment = nullptr;
+    SegmentedControl* amSegment = nullptr;
     QLineEdit* fmFreqTextField = nullptr;
     QLineEdit* fmLpfTextField = nullptr;
     QLineEdit* fmIndexTextField = nullptr;
     QPushButton* fmOkButton = nullptr;
     QPushButton* fmCancelButton = nullptr;
-    QWidget* hdSegment = nullptr;
-    QWidget* hdHpSegment = nullptr;
+    SegmentedControl* hdSegment = nullptr;
+    SegmentedControl* hdHpSegment = nullptr;
     QSlider* hdMixSlider = nullptr;
     QLineEdit* hdHpfSlopeTextField = nullptr;
     QLineEdit* hdHpfAttackTextField = nullptr;
@@ -99,7 +107,33 @@ public:
     void classicOpenDialog(QObject* sender);
     /// Saves the sound as it is now, whatever becomes of it while the panel is open.
     void SaveAsAudioDialog(QObject* sender);
+    void ResampleDialog(QObject* sender);
+    void resamplingOkButtonPressed(QObject* sender);
+    void resamplingCancelButtonPressed(QObject* sender);
+    void AMDialog(QObject* sender);
+    void amOkButtonPressed(QObject* sender);
+    void amCancelButtonPressed(QObject* sender);
+    void FMDialog(QObject* sender);
+    void fmOkButtonPressed(QObject* sender);
+    void fmCancelButtonPressed(QObject* sender);
+    void HDDialog(QObject* sender);
+    void hdOkButtonPressed(QObject* sender);
+    void hdCancelButtonPressed(QObject* sender);
+    /// Exchanges the sound and the copy that the last transformation kept, if there is one.
+    void revertAction(QObject* sender);
     void aboutDialog(QObject* sender);
+
+    // Ends of sheets, in the older way of presenting them. The arguments are ignored.
+    void resampleSheetDidEnd(QDialog* sheet, int returnCode, void* contextInfo);
+    void amSheetDidEnd(QDialog* sheet, int returnCode, void* contextInfo);
+    void fmSheetDidEnd(QDialog* sheet, int returnCode, void* contextInfo);
+    void hdSheetDidEnd(QDialog* sheet, int returnCode, void* contextInfo);
+
+    // The outlets of each sheet, filled when its panel was made. False when one is missing.
+    bool fillResampleOutlets();
+    bool fillAmOutlets();
+    bool fillFmOutlets();
+    bool fillHdOutlets();
 
     // Messages --------------------------------------------------------------------------------
     void setPlayTitle();
@@ -116,15 +150,31 @@ public:
     void openFileNamed(const QString& path);
 
 private:
-    template <typename Outlet> bool fill(Outlet*& outlet, const char* name);
+    template <typename Outlet> bool fill(QWidget* owner, Outlet*& outlet, const char* name) {
+        outlet = owner->findChild<Outlet*>(name);
+        return outlet != nullptr;
+    }
     void connectActions();
     void startPlay(TitledButton* sender);
     void askForStop(TitledButton* sender);
     Q_INVOKABLE void attendPlayback();
     void openChosenFile(const QString& path);
     void openChosenRawFile(const QString& path);
+    bool loadSheet(const SheetKind& kind);
+    void openSheet(const SheetKind& kind);
+    void closeSheet(const SheetKind& kind);
+    void cancelSheet(const SheetKind& kind);
+    /// Keeps the copy for Revert and transforms the sound, unless there is a `refusal` already. A
+    /// play under way falls idle first.
+    void transform(const Refusal& refusal, const std::function<Refusal()>& transformation);
+    void resample();
+    void modulateAmplitude(int segment);
+    void modulatePhase();
+    HdSettings readHdFields();
     void saveCopy(const QString& path, SoundCopy& copy);
     void describeSound(const QString& path, const std::string& status);
+    void describeLength();
+    void describeTransformation(const Refusal& refusal);
     void showRate();
     void showNotice();
 
@@ -134,6 +184,7 @@ private:
     QLabel* rateValue_ = nullptr;
     QLabel* resultValue_ = nullptr;
     QLabel* notice_ = nullptr;
+    SheetSession sheets_;
     RenderMessageQueue messages_;
     QTimer attendant_; ///< runs while the output has anything to be attended to
 };

@@ -11,9 +11,9 @@ namespace zemo {
 inline constexpr std::uint32_t kFileTypeCaf = platform::fourCharCode("caff");
 inline constexpr std::uint32_t kFileTypeAiffC = platform::fourCharCode("AIFC");
 
-/// 0 for a NaN, the value itself otherwise.
-constexpr float stripeNaN(float value) noexcept {
-    return value != value ? 0.0F : value;
+/// 0 for a NaN, the sample itself otherwise.
+constexpr float stripeNaN(float sample) noexcept {
+    return sample != sample ? 0.0F : sample;
 }
 
 /// The flags of linear PCM: packed when all `totalBitsPerChannel` are valid, aligned high

@@ -41,7 +41,8 @@ double ByteReader::extended80() {
     const int exponent = signAndExponent & 0x7FFF;
     double magnitude = 0.0;
     if (exponent == 0x7FFF) {
-        magnitude = (mantissa << 1) == 0 ? INFINITY : NAN;
+        magnitude = (mantissa << 1) == 0 ? std::numeric_limits<double>::infinity()
+                                         : std::numeric_limits<double>::quiet_NaN();
     } else {
         // Exact in a long double; as a double it would be rounded here and again where it is tiny.
         magnitude = static_cast<double>(std::ldexp(static_cast<long double>(mantissa),

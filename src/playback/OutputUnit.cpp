@@ -58,6 +58,18 @@ void startOutputUnit() {
     CheckError(bufferPlayer.outputUnit->start(), "Couldn't start output unit");
 }
 
+/// With the unit at rest. A play or a stop may have been asked for in the very moment in which the
+/// callback ended the play before: then the two threads' marks do not fit together.
+void settlePlayer() {
+    const std::uint32_t state = bufferPlayer.rampState.load();
+    if (bufferPlayer.isPlaying.load() != 0 || state == FadeIn) {
+        bufferPlayer.isPlaying.store(1);
+        startOutputUnit();
+    } else if (state != Silent) {
+        bufferPlayer.rampState.store(Silent);
+    }
+}
+
 } // namespace
 
 void createOutputUnit(BufferPlayer* player) {
@@ -116,9 +128,8 @@ bool superviseOutputUnit() {
     const bool more = unit->attend();
     if (unit->takeFailure()) {
         restPlayer();
-    } else if (bufferPlayer.isPlaying.load() != 0 && !unit->isRunning()) {
-        // The play was begun while the callback was asking for the stop of the one before.
-        startOutputUnit();
+    } else if (!unit->isRunning()) {
+        settlePlayer();
     }
     return more || unit->isRunning();
 }

@@ -41,8 +41,7 @@ public:
           frames_(frames),
           state_(player.rampState.load(std::memory_order_acquire)),
           wasPlaying_(player.isPlaying.load(relaxed) != 0),
-          position_(player.readPosition.load()),
-          total_(totalFrames.load()) {}
+          position_(player.readPosition.load()) {}
 
     void run() noexcept {
         renderFrames();
@@ -55,6 +54,9 @@ private:
     float frame(std::uint32_t i, float sample) const noexcept;
     void measure(float frame) noexcept;
     void endOfBuffer() noexcept;
+    void advance(double position) noexcept;
+    void endPlay() noexcept;
+    void clearPlaying() noexcept;
     void publishLevel() noexcept;
     void endCall() noexcept;
     void endSilentCall() noexcept;
@@ -69,36 +71,32 @@ private:
     std::uint32_t state_;
     const bool wasPlaying_;
     const double position_;
-    const std::int64_t total_;
-    std::int64_t totalAfter_ = 0;
+    std::int64_t total_ = 0;
     float peak_ = 0.0F;
     float sum_ = 0.0F;
     bool ended_ = false;
 };
 
+/// The index and the total advance together from 0. They are taken from one variable, or a play
+/// that is begun anew between two reads would tear them apart.
 void RenderCall::renderFrames() noexcept {
-    auto index = static_cast<std::int64_t>(position_);
     double position = position_;
-    totalAfter_ = total_;
+    total_ = static_cast<std::int64_t>(position_);
     for (std::uint32_t i = 0; i < frames_; ++i) {
-        if (totalAfter_ < sound_.count()) {
-            // The index and the total advance together; the test only keeps a reader of a play
-            // that is being begun anew inside the sound.
-            const bool inside = index >= 0 && index < sound_.count();
-            output_[i] = frame(i, inside ? sound_.samples()[index] : 0.0F);
+        if (total_ < sound_.count()) {
+            output_[i] = frame(i, sound_.samples()[total_]);
             measure(output_[i]);
         } else {
             output_[i] = 0.0F;
             endOfBuffer();
         }
         position += 1.0;
-        totalAfter_ = static_cast<std::int64_t>(static_cast<double>(totalAfter_) + 1.0);
-        index += 1;
+        total_ += 1;
     }
-    double expectedPosition = position_;
-    player_.readPosition.compare_exchange_strong(expectedPosition, position);
-    std::int64_t expectedTotal = total_;
-    totalFrames.compare_exchange_strong(expectedTotal, totalAfter_);
+    advance(position);
+    if (ended_) {
+        endPlay();
+    }
 }
 
 /// The four states are separate tests: a value above FadeOut leaves the frame as it is.
@@ -128,19 +126,36 @@ void RenderCall::measure(float frame) noexcept {
     sum_ += frame * frame;
 }
 
-/// Once for every remaining frame of the call: the message repeats, the state is set the first
-/// time only, so that a play begun by another thread during the call stands.
+/// The message repeats for every remaining frame of the call.
 void RenderCall::endOfBuffer() noexcept {
     value.store(0.0F, relaxed);
     delegate_.updateValue(0.0F);
-    if (ended_) {
-        return;
-    }
     ended_ = true;
-    state_ = Silent;
-    player_.rampState.store(Silent, relaxed);
-    player_.isPlaying.store(0, std::memory_order_release);
+}
+
+/// Not where a play was begun during a silent call: that one has its own position.
+void RenderCall::advance(double position) noexcept {
+    double expected = position_;
+    if (player_.readPosition.compare_exchange_strong(expected, position)) {
+        totalFrames.store(total_);
+    }
+}
+
+/// A silent call that passes the end has no play to end: another thread may just have begun one.
+/// And from the moment when isPlaying is 0 it may, so all else of this play is stored before.
+void RenderCall::endPlay() noexcept {
+    if (state_ != Silent) {
+        state_ = Silent;
+        player_.rampState.store(Silent, relaxed);
+    }
+    clearPlaying();
     player_.outputUnit->stop();
+}
+
+void RenderCall::clearPlaying() noexcept {
+    if (wasPlaying_) {
+        player_.isPlaying.store(0, std::memory_order_release);
+    }
 }
 
 void RenderCall::publishLevel() noexcept {
@@ -158,7 +173,7 @@ void RenderCall::endCall() noexcept {
     case FadeIn:
         return moveTo(Steady);
     case Steady:
-        if (sound_.count() - totalAfter_ < static_cast<std::int64_t>(2U * frames_)) {
+        if (sound_.count() - total_ < static_cast<std::int64_t>(2U * frames_)) {
             moveTo(FadeOut);
         }
         return;
@@ -177,10 +192,8 @@ void RenderCall::endSilentCall() noexcept {
         if (player_.idleCycles.compare_exchange_strong(left, left - 1, relaxed)) {
             delegate_.traceIdleCycle(left - 1);
         }
-    } else {
-        if (wasPlaying_) {
-            player_.isPlaying.store(0, std::memory_order_release);
-        }
+    } else if (!ended_) {
+        clearPlaying();
         player_.outputUnit->stop();
     }
     delegate_.resetMeter();

@@ -31,7 +31,9 @@ Status LinuxOutputUnit::start() {
         return current_->start();
     }
     silence_.stop();
-    current_ = &device_;
+    if (current_ != &device_) { // the device's own thread may be reading it
+        current_ = &device_;
+    }
     if (device_.start() == kNoError || (device_.reopen() && device_.start() == kNoError)) {
         return kNoError;
     }

@@ -64,6 +64,7 @@ AppDelegate::~AppDelegate() {
         bufferPlayer.outputUnit->stop();
     }
     renderDelegate.store(nullptr);
+    midiDelegate.store(nullptr);
     delete window;
 }
 
@@ -71,7 +72,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     window->setOpaque(false);
     window->setBackgroundColour(backgroundColour());
     renderDelegate.store(&messages_);
+    midiDelegate.store(this);
     createOutputUnit(&bufferPlayer);
+    createMIDI(&bufferPlayer);
 
     bufferPlayer.rampState.store(Silent);
     fBuffersize.store(0);
@@ -137,6 +140,16 @@ void AppDelegate::setPlayTitle() {
                                     .font = QFont("Lucida Grande", 12),
                                     .alignment = Qt::AlignRight});
     playButton->setTitleAlignment(Qt::AlignHCenter);
+}
+
+void AppDelegate::playButtonPressedByMidi() {
+    QMetaObject::invokeMethod(
+        this, [this] { playButtonPressed(nullptr); }, Qt::QueuedConnection);
+}
+
+void AppDelegate::setPlayTitleByMidi() {
+    QMetaObject::invokeMethod(
+        this, [this] { setPlayTitle(); }, Qt::QueuedConnection);
 }
 
 void AppDelegate::resetPlayTitle() {

@@ -6,6 +6,7 @@
 #include "app/QtAlert.h"
 #include "platform/Services.h"
 #include "platform_linux/LinuxAudioOutput.h"
+#include "platform_linux/LinuxMidi.h"
 #include "platform_linux/LinuxServices.h"
 
 namespace {
@@ -29,8 +30,16 @@ int runWindow(QApplication& application) {
     zemo::platform::LinuxMemory memory;
     zemo::platform::SystemTrace trace("zemo");
     zemo::QtAlert alert;
-    zemo::platform::services() = {&output,     &alert,         &clock, &fileOperations,
-                                  &fileSystem, &systemVersion, &trace, &memory};
+    auto midi = zemo::platform::makeLinuxMidi();
+    zemo::platform::services() = {.audioOutput = &output,
+                                  .alert = &alert,
+                                  .clock = &clock,
+                                  .fileOperations = &fileOperations,
+                                  .fileSystem = &fileSystem,
+                                  .midi = midi.get(),
+                                  .systemVersion = &systemVersion,
+                                  .trace = &trace,
+                                  .memory = &memory};
 
     zemo::AppDelegate delegate;
     if (!delegate.loadMainWindow()) {
@@ -42,7 +51,9 @@ int runWindow(QApplication& application) {
     if (application.arguments().size() > 1) {
         delegate.openFileNamed(application.arguments().at(1));
     }
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    midi.reset(); // nothing arrives at a controller that is gone
+    return status;
 }
 
 } // namespace

@@ -22,7 +22,7 @@ class BatchAlert final : public platform::Alert {
                      const std::string& /*button*/) override {
         std::string line = message;
         std::replace(line.begin(), line.end(), '\n', ' ');
-        complain(line);
+        complain(stepUnderWay() + ": " + line);
     }
 };
 
@@ -58,6 +58,7 @@ int runBatch(const std::vector<std::string>& words) {
     platform::PosixFileOperations fileOperations;
     platform::PosixFileSystem fileSystem;
     platform::KernelVersion systemVersion;
+    platform::LinuxMemory memory;
     platform::SystemTrace trace("zemo-batch");
     BatchAlert alert;
     platform::services() = {.audioOutput = nullptr,
@@ -66,7 +67,8 @@ int runBatch(const std::vector<std::string>& words) {
                             .fileOperations = &fileOperations,
                             .fileSystem = &fileSystem,
                             .systemVersion = &systemVersion,
-                            .trace = &trace};
+                            .trace = &trace,
+                            .memory = &memory};
     std::string complaint;
     const auto line = parseCommandLine(words, complaint);
     if (!line) {

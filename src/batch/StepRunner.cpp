@@ -30,6 +30,11 @@ namespace {
 using namespace std::chrono_literals;
 using platform::format;
 
+/// Of a step whose parameters are clamped instead.
+const Refusal kNeverRefused;
+
+std::string underWay; ///< the step and its file
+
 platform::TraceLog& trace() {
     return *platform::services().trace;
 }
@@ -111,6 +116,10 @@ void complain(const std::string& sentence) {
     trace().printError("zemo-batch: " + sentence + "\n");
 }
 
+const std::string& stepUnderWay() {
+    return underWay;
+}
+
 bool StepRunner::hasSound(const std::string& step) const {
     if (fBuffersize.load() == 0) {
         complain(step + ": there is no sound.");
@@ -119,12 +128,13 @@ bool StepRunner::hasSound(const std::string& step) const {
 }
 
 bool StepRunner::operator()(const OpenStep& step) {
+    underWay = "open " + step.file;
     const FileUrl url(absolutePath(step.file));
     const OpenResult result = openByExtension(url, step.swap);
     float peak = 0.0F;
     finishOpening(url.path(), &peak, step.normalize);
     if (!result.loaded) {
-        complain("open " + step.file + ": the file was not opened (" + result.status + ").");
+        complain(underWay + ": the file was not opened (" + result.status + ").");
     }
     return result.loaded;
 }
@@ -155,10 +165,10 @@ bool StepRunner::operator()(const ResampleStep& step) {
 
 bool StepRunner::operator()(const AmStep& step) {
     if (step.kind == AmStep::Kind::Am) {
-        return transform("am", std::nullopt, [&] { return amBuffer(step.frequency, step.index); });
+        return transform("am", kNeverRefused, [&] { return amBuffer(step.frequency, step.index); });
     }
     const bool upper = step.kind == AmStep::Kind::SsbUpper;
-    return transform(upper ? "ssb-upper" : "ssb-lower", std::nullopt,
+    return transform(upper ? "ssb-upper" : "ssb-lower", kNeverRefused,
                      [&] { return ssbmBuffer(upper, step.frequency, step.index); });
 }
 
@@ -169,7 +179,7 @@ bool StepRunner::operator()(const FmStep& step) {
 
 bool StepRunner::operator()(const HdStep& step) {
     const HdSettings& s = step.settings;
-    return transform("hd", std::nullopt, [&] {
+    return transform("hd", kNeverRefused, [&] {
         return hd(s.two, s.four, s.six, s.attack, s.scale, s.hpSelect, s.slope, s.mix, s.knee,
                   s.comp);
     });
@@ -181,17 +191,13 @@ bool StepRunner::operator()(const RevertStep& /*step*/) {
 }
 
 bool StepRunner::operator()(const SaveStep& step) {
-    if (!hasSound("save " + step.file)) {
+    underWay = "save " + step.file;
+    if (!hasSound(underWay)) {
         return false;
     }
-    SoundCopy copy = SoundCopy::take();
-    if (copy.empty()) {
-        complain("save " + step.file + ": there is not enough memory.");
-        return false;
-    }
-    const bool saved = saveAsAudioFile(FileUrl(absolutePath(step.file)), copy.bytes());
+    const bool saved = saveSound(FileUrl(absolutePath(step.file)));
     if (!saved) {
-        complain("save " + step.file + ": the file was not saved.");
+        complain(underWay + ": the file was not saved.");
     }
     return saved;
 }
@@ -202,7 +208,8 @@ bool StepRunner::operator()(const DumpStep& step) {
 }
 
 bool StepRunner::operator()(const RenderStep& step) {
-    if (!hasSound("render " + step.file)) {
+    underWay = "render " + step.file;
+    if (!hasSound(underWay)) {
         return false;
     }
     RenderMessageQueue queue;
@@ -225,7 +232,8 @@ bool StepRunner::operator()(const RenderStep& step) {
 }
 
 bool StepRunner::operator()(const PlayStep& /*step*/) {
-    if (!hasSound("play")) {
+    underWay = "play";
+    if (!hasSound(underWay)) {
         return false;
     }
     platform::LinuxOutputUnit device(R);

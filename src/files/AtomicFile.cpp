@@ -9,7 +9,7 @@
 namespace zemo {
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{1} << 26; ///< bytes a call
+constexpr std::size_t kBlock = std::size_t{1} << 22; ///< most bytes a call
 constexpr int kMostNames = 100;
 
 std::string folderOf(const std::string& path) {
@@ -55,9 +55,9 @@ AtomicFile::~AtomicFile() {
 int AtomicFile::create(const std::string& path) {
     operations_ = platform::services().fileOperations;
     platform::FileStatus status;
-    int result = operations_->followLinks(path, target_);
+    int result = uninterrupted([&] { return operations_->followLinks(path, target_); });
     if (result == 0) {
-        result = operations_->inspect(target_, status);
+        result = uninterrupted([&] { return operations_->inspect(target_, status); });
     }
     if (result != 0) {
         return errorOf(result);
@@ -90,10 +90,13 @@ int AtomicFile::openTemporary(const std::string& folder) {
     return EEXIST;
 }
 
+/// A call goes up to the next multiple of a block, so that the system copies whole pages of the
+/// file; and the disk has work while the rest is written.
 int AtomicFile::write(const void* bytes, std::size_t count) {
     const auto* next = static_cast<const char*>(bytes);
     while (count > 0) {
-        const long taken = operations_->write(descriptor_, next, std::min(count, kBlock));
+        const std::size_t room = kBlock - written_ % kBlock;
+        const long taken = operations_->write(descriptor_, next, std::min(count, room));
         if (taken == -EINTR) {
             continue;
         }
@@ -102,6 +105,10 @@ int AtomicFile::write(const void* bytes, std::size_t count) {
         }
         next += taken;
         count -= static_cast<std::size_t>(taken);
+        written_ += static_cast<std::size_t>(taken);
+        if (written_ % kBlock == 0) {
+            operations_->beginSync(descriptor_, written_ - kBlock, kBlock);
+        }
     }
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "files/AudioFileReader.h"
 
 #include <algorithm>
+#include <cstring>
 #include <optional>
 #include <span>
 #include <string>
@@ -93,12 +94,15 @@ struct ReadCounts {
     std::uint64_t storedBytes = 0;
 };
 
-/// Reads the data straight into the block. Packets of more than four bytes hold more than the
-/// block: only its words are stored, and the slack behind them stays zero.
+/// Reads the data straight into the block, and zeros what it does not fill. Packets of more than
+/// four bytes hold more than the block: only its words are stored, and the slack behind them stays
+/// zero.
 ReadCounts readData(AudioFile& audio, const Properties& file, float* samples) {
     const std::uint64_t byteCount = file.packetCount * file.format.mBytesPerPacket;
     const std::uint64_t wanted = std::min(byteCount, file.packetCount * sizeof(float));
     const std::uint64_t stored = audio.readBytes(0, wanted, samples);
+    std::memset(reinterpret_cast<std::byte*>(samples) + stored, 0,
+                file.packetCount * sizeof(float) - stored);
     if (stored == wanted) {
         return {file.packetCount, byteCount, stored};
     }
@@ -109,7 +113,7 @@ const char* load(AudioFile& audio, const Properties& file, bool nativeEndian) {
     log("\nFILE IS READABLE\n");
     logConfirmation(file, file.packetCount * file.format.mBytesPerPacket);
     const auto count = static_cast<std::int64_t>(file.packetCount);
-    SampleBlock samples = allocateSamples(count);
+    SampleBlock samples = allocateUnsetSamples(count);
     if (samples == nullptr) {
         postTooLarge();
         return "KO";

@@ -37,20 +37,17 @@ void logExtension(const std::string& extension) {
     log("\nfile extension: " + extension + "\n");
 }
 
+bool isCafExtension(const std::string& extension) {
+    return extension == "caf" || extension == "CAF";
+}
+
 /// In 32 bits: of a size beyond them the line shows the rest.
 void logSize(std::size_t bytes) {
     log(format("\nSize in bytes = %u", static_cast<std::uint32_t>(bytes)));
 }
 
-void* copyOfSound(std::size_t bytes) {
-    auto* const block = static_cast<std::byte*>(std::calloc(bytes, 1));
-    const std::int64_t count = fBuffersize.load();
-    // A sound without slack behind it gets zeros: nothing past its end is read.
-    const std::int64_t readable = count + std::min(kExtraSamples, slackSamples());
-    if (block != nullptr) {
-        std::memcpy(block, fBuffer.load(), static_cast<std::size_t>(readable) * sizeof(float));
-    }
-    return block;
+std::size_t bytesOf(std::int64_t samples) {
+    return static_cast<std::size_t>(samples) * sizeof(float);
 }
 
 std::vector<std::uint8_t> headerFor(std::uint32_t fileType,
@@ -81,9 +78,13 @@ SoundCopy SoundCopy::take() {
     if (count <= 0) {
         return copy;
     }
-    const std::size_t bytes = static_cast<std::size_t>(count + kExtraSamples) * sizeof(float);
-    copy.block_.reset(static_cast<std::byte*>(copyOfSound(bytes)));
-    copy.size_ = copy.block_ != nullptr ? bytes : 0;
+    copy.block_ = allocateUnsetSamples(count);
+    if (copy.block_ != nullptr) {
+        // A sound without slack behind it gets zeros: nothing past its end is read.
+        const std::int64_t readable = count + std::min(kExtraSamples, slackSamples());
+        std::memcpy(copy.block_.get(), fBuffer.load(), bytesOf(readable));
+        copy.size_ = bytesOf(count + kExtraSamples);
+    }
     return copy;
 }
 
@@ -114,10 +115,21 @@ bool saveAsAudioFile(const FileUrl& url, std::span<std::byte> block) {
         writeAtomically(url.path(), headerFor(fileType, dataFormat, block.size()), block));
 }
 
+bool saveSound(const FileUrl& url) {
+    if (isCafExtension(url.pathExtension()) && slackSamples() >= kExtraSamples) {
+        const std::int64_t count = fBuffersize.load() + kExtraSamples;
+        return saveAsAudioFile(url, std::as_writable_bytes(std::span(
+                                        fBuffer.load(), static_cast<std::size_t>(count))));
+    }
+    SoundCopy copy = SoundCopy::take();
+    return copy.empty() ? refuse("There is not enough memory to save the sound.")
+                        : saveAsAudioFile(url, copy.bytes());
+}
+
 bool classicsaveAsAudioFile(const FileUrl& url) {
     logPlace(url);
     const std::string extension = url.pathExtension();
-    if (extension == "caf" || extension == "CAF") {
+    if (isCafExtension(extension)) {
         logExtension(extension);
     }
     std::uint32_t fileType = 0;

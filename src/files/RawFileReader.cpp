@@ -45,13 +45,15 @@ Loaded loadValues(FileStream& stream, const char* path, bool swap) {
         emptyBuffer();
         return Loaded::TooShort;
     }
-    SampleBlock block = allocateSamples(count);
+    SampleBlock block = allocateUnsetSamples(count);
     if (block == nullptr) {
         postTooLarge();
         return Loaded::NoMemory;
     }
     const std::span samples(block.get(), static_cast<std::size_t>(count));
-    stream.readAt(0, samples.data(), samples.size_bytes());
+    const std::size_t read = stream.readAt(0, samples.data(), samples.size_bytes());
+    std::memset(reinterpret_cast<std::byte*>(samples.data()) + read, 0,
+                samples.size_bytes() - read);
     trace().print("Buffer read!\n");
     passThroughStripeNaN(samples);
     if (swap) {

@@ -46,7 +46,7 @@ void finishOpening(const std::string& lastPath, float* maxval, bool force) {
     float* const samples = fBuffer.load();
     const std::int64_t count = fBuffersize.load();
     // A refused file leaves the old sound, perhaps in mid-play: it plays on unless it is scaled.
-    if (force || signedPeak(samples, count) >= 1.0F) {
+    if (isSounding() && (force || signedPeak(samples, count) >= 1.0F)) {
         fallIdle();
     }
     normalize(samples, count, maxval, force);

@@ -1,8 +1,10 @@
 #include "playback/SoundExchange.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/Clock.h"
+#include "platform/Memory.h"
 #include "platform/RealTime.h"
 #include "platform/Services.h"
 #include "playback/Delegate.h"
@@ -23,6 +25,15 @@ constinit std::atomic<std::uint64_t> callsLeft{0};
 constinit float* ownedBlock = nullptr;
 constinit std::int64_t ownedSlack = 0;
 
+constexpr std::size_t kPageBytes = 4096;
+constexpr std::size_t kLargeBytes = std::size_t{1} << 23; ///< from here on large pages are worth it
+
+/// Whether a block of that many samples and the slack has a size at all.
+bool canCount(std::int64_t count) {
+    constexpr std::int64_t kMost = INT64_MAX / static_cast<std::int64_t>(sizeof(float));
+    return count >= 0 && count <= kMost - kSlackSamples;
+}
+
 /// The callback never waits, so this lasts no longer than one call.
 void awaitRenderCallsUnderWay() {
     const std::uint64_t entered = callsEntered.load();
@@ -35,24 +46,47 @@ void awaitRenderCallsUnderWay() {
 
 SampleBlock allocateSamples(std::int64_t count) {
     platform::assertNotRealTime();
-    constexpr std::int64_t kMost = INT64_MAX / static_cast<std::int64_t>(sizeof(float));
-    if (count < 0 || count > kMost - kSlackSamples) {
+    if (!canCount(count)) {
         return nullptr;
     }
     const auto wanted = static_cast<std::size_t>(count + kSlackSamples);
     return SampleBlock(static_cast<float*>(std::calloc(wanted, sizeof(float))));
 }
 
+SampleBlock allocateUnsetSamples(std::int64_t count) {
+    platform::assertNotRealTime();
+    if (!canCount(count)) {
+        return nullptr;
+    }
+    const auto bytes = static_cast<std::size_t>(count + kSlackSamples) * sizeof(float);
+    void* block = nullptr;
+    if (::posix_memalign(&block, kPageBytes, bytes) != 0) {
+        return nullptr;
+    }
+    platform::Memory* const memory = platform::services().memory;
+    if (memory != nullptr && bytes >= kLargeBytes) {
+        memory->preferLargePages(block, bytes);
+    }
+    auto* const samples = static_cast<float*>(block);
+    std::fill_n(samples + count, kSlackSamples, 0.0F);
+    return SampleBlock(samples);
+}
+
+bool isSounding() {
+    return bufferPlayer.outputUnit != nullptr && bufferPlayer.outputUnit->isRunning();
+}
+
 void fallIdle() {
     platform::assertNotRealTime();
-    platform::AudioOutputUnit* const unit = bufferPlayer.outputUnit;
-    if (unit == nullptr || !unit->isRunning()) {
+    if (!isSounding()) {
         return;
     }
+    platform::AudioOutputUnit* const unit = bufferPlayer.outputUnit;
     bufferStop0();
     platform::Clock& clock = *platform::services().clock;
     const auto deadline = clock.now() + kIdleWait;
     while (unit->isRunning() && clock.now() < deadline) {
+        unit->attend(); // a device that was only readied makes no call before
         clock.sleepFor(500us);
     }
     if (unit->isRunning()) {

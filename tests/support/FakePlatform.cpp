@@ -200,7 +200,7 @@ int FakeFileOperations::setPermissions(int descriptor, const platform::FileStatu
 long FakeFileOperations::write(int descriptor, const void* bytes, std::size_t count) {
     const long answer = called("write");
     if (answer < 0) {
-        return answer;
+        return answer == kTakesNothing ? 0 : answer;
     }
     const std::size_t taken =
         answer > 0 ? std::min<std::size_t>(count, static_cast<std::size_t>(answer)) : count;
@@ -239,6 +239,30 @@ int FakeFileOperations::remove(const std::string& path) {
     return files_.erase(path) > 0 ? 0 : -ENOENT;
 }
 
+platform::Status FakeMidi::called(const std::string& name, const std::string& detail) {
+    calls.push_back(name + " " + detail);
+    const auto failure = failures.find(name);
+    return failure != failures.end() ? failure->second : platform::kNoError;
+}
+
+platform::Status FakeMidi::createClient(const char* name, platform::MidiObject& client) {
+    client = 7;
+    return called("createClient", name);
+}
+
+platform::Status FakeMidi::createInputPort(platform::MidiObject client, const char* name,
+                                           platform::MidiReadProc proc, void* /*readContext*/,
+                                           platform::MidiObject& port) {
+    read = proc;
+    port = 9;
+    return called("createInputPort", std::to_string(client) + " " + name);
+}
+
+platform::Status FakeMidi::connectSource(platform::MidiObject port, platform::MidiObject source,
+                                         void* /*sourceContext*/) {
+    return called("connectSource", std::to_string(port) + " " + std::to_string(source));
+}
+
 void RecordingDelegate::updateValue(float level) {
     std::ostringstream text;
     text << "updateValue " << level;
@@ -267,6 +291,7 @@ FakePlatform::FakePlatform() : before_(platform::services()) {
                             .clock = &clock,
                             .fileOperations = &operations,
                             .fileSystem = &files,
+                            .midi = &midi,
                             .systemVersion = &systemVersion,
                             .trace = &trace};
     resetSharedState();

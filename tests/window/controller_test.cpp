@@ -1,4 +1,5 @@
 #include <QtTest>
+#include <thread>
 
 #include "playback/OutputUnit.h"
 #include "playback/SharedState.h"
@@ -115,6 +116,8 @@ private slots:
 
     void theIdleCountIsPrintedInOrderBehindTheStart() {
         WindowUnderTest zemo;
+        QCOMPARE(zemo.platform.trace.out, std::string("MIDI Sources: 0\n"));
+        zemo.platform.trace.out.clear();
         loadSound(constantSound(4096));
         zemo.delegate.playButton->click();
         for (int call = 0; call < 12; ++call) {
@@ -131,6 +134,29 @@ private slots:
         zemo.delegate.playButtonPressed(nullptr);
         QVERIFY(zemo.platform.output.running);
         QCOMPARE(zemo.delegate.playButton->title(), QString("Play"));
+    }
+
+    void aNoteOnPlaysAndShowsIt() {
+        WindowUnderTest zemo;
+        loadSound(constantSound(10000));
+        const std::vector<std::uint8_t> list{1, 0, 0, 0, 0, 0,    0,  0, 0,
+                                             0, 0, 0, 3, 0, 0x99, 60, 64};
+        std::thread midi([&] {
+            zemo.platform.midi.read({list.data(), list.size()}, nullptr, nullptr);
+        });
+        midi.join();
+        QVERIFY(!zemo.platform.output.running); // not on the MIDI thread
+        QCoreApplication::processEvents();
+        QVERIFY(zemo.platform.output.running);
+        QCOMPARE(zemo.delegate.playButton->title(), QString("Stop"));
+        QCOMPARE(zemo.delegate.playButton->attributedTitle().colour, kRed);
+    }
+
+    void launchOpensTheOutputBeforeMidi() {
+        WindowUnderTest zemo;
+        QCOMPARE(zemo.platform.output.calls.back(), std::string("initialize"));
+        QCOMPARE(zemo.platform.midi.calls.size(), std::size_t{2});
+        QVERIFY(omni.load());
     }
 
     void setPlayTitleShowsARedStopOnlyWithASound() {

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -20,10 +21,12 @@ int answer(int result) {
 }
 
 /// The target of the link at `path`; empty when there is no link.
-std::string linkTarget(const std::string& path) {
+int readLink(const std::string& path, std::string& target) {
     std::array<char, PATH_MAX> text{};
     const ssize_t length = ::readlink(path.c_str(), text.data(), text.size());
-    return length > 0 ? std::string(text.data(), static_cast<std::size_t>(length)) : std::string();
+    target.assign(text.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    const bool isNoLink = length < 0 && (errno == EINVAL || errno == ENOENT);
+    return length >= 0 || isNoLink ? 0 : -errno;
 }
 
 } // namespace
@@ -31,9 +34,10 @@ std::string linkTarget(const std::string& path) {
 int PosixFileOperations::followLinks(const std::string& path, std::string& target) {
     target = path;
     for (int links = 0; links < kMostLinks; ++links) {
-        const std::string next = linkTarget(target);
-        if (next.empty()) {
-            return 0;
+        std::string next;
+        const int result = readLink(target, next);
+        if (result != 0 || next.empty()) {
+            return result;
         }
         if (next.front() == '/') {
             target = next;
@@ -74,6 +78,11 @@ int PosixFileOperations::setPermissions(int descriptor, const FileStatus& like) 
 long PosixFileOperations::write(int descriptor, const void* bytes, std::size_t count) {
     const ssize_t written = ::write(descriptor, bytes, count);
     return written < 0 ? -errno : written;
+}
+
+void PosixFileOperations::beginSync(int descriptor, std::uint64_t from, std::uint64_t bytes) {
+    static_cast<void>(::sync_file_range(descriptor, static_cast<off_t>(from),
+                                        static_cast<off_t>(bytes), SYNC_FILE_RANGE_WRITE));
 }
 
 int PosixFileOperations::sync(int descriptor) {

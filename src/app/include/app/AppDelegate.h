@@ -24,6 +24,7 @@
 #include "interface/StateButton.h"
 #include "interface/TitledButton.h"
 #include "meter/levelOpenGLView.h"
+#include "midi/MidiClient.h"
 #include "playback/Delegate.h"
 #include "playback/RenderMessageQueue.h"
 
@@ -34,7 +35,7 @@ struct SheetKind;
 /// The application's controller: it owns the window's outlets, starts the output at launch and
 /// carries every action. Outlets are filled by name from the interface files. All of it is [main];
 /// the render callback's messages come through a queue that the controller drains.
-class AppDelegate : public QObject, public RenderDelegate {
+class AppDelegate : public QObject, public RenderDelegate, public MidiDelegate {
     Q_OBJECT
 public:
     explicit AppDelegate(QObject* parent = nullptr);
@@ -145,6 +146,10 @@ public:
     void clearTheView();
     void traceIdleCycle(std::int32_t left) override;
     void traceMissingBuffer() override;
+
+    // From the MIDI thread: both reach the widgets on this one, in their order. [midi]
+    void playButtonPressedByMidi() override;
+    void setPlayTitleByMidi() override;
 
     /// Opens a file as the open panel does with both its boxes unchecked.
     void openFileNamed(const QString& path);

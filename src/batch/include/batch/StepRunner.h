@@ -12,6 +12,9 @@ namespace zemo::batch {
 /// [main] Says `sentence` on standard error, behind the program's name.
 void complain(const std::string& sentence);
 
+/// [main] The step that is being done, with its file, as a sentence names it: "save sound.caf".
+const std::string& stepUnderWay();
+
 /// Does the steps, through the same functions as the window's actions. Every step is true when it
 /// was done; otherwise it has said why not, naming itself and its file. All [main].
 class StepRunner {

@@ -24,7 +24,7 @@ public:
     ~AtomicFile();
 
     int create(const std::string& path);
-    int write(const void* bytes, std::size_t count); ///< all of them
+    int write(const void* bytes, std::size_t count); ///< all of them, behind those before
     int flush();                                     ///< to the disk
     int close();
     int replaceTarget();
@@ -36,6 +36,7 @@ private:
     std::string target_;
     std::string temporary_; ///< empty when there is none to remove
     int descriptor_ = -1;
+    std::uint64_t written_ = 0; ///< bytes
 };
 
 /// What came of a file that was written as a whole: at most one of them is not 0.

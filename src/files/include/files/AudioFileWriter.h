@@ -1,11 +1,11 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdlib>
-#include <memory>
 #include <span>
+#include <string>
 
 #include "files/FileUrl.h"
+#include "playback/SoundExchange.h"
 
 namespace zemo {
 
@@ -17,13 +17,12 @@ public:
     static SoundCopy take();
 
     bool empty() const noexcept { return size_ == 0; }
-    std::span<std::byte> bytes() noexcept { return {block_.get(), size_}; }
+    std::span<std::byte> bytes() noexcept {
+        return {reinterpret_cast<std::byte*>(block_.get()), size_};
+    }
 
 private:
-    struct Free {
-        void operator()(std::byte* block) const noexcept { std::free(block); }
-    };
-    std::unique_ptr<std::byte, Free> block_;
+    SampleBlock block_; ///< its slack holds the extra pair
     std::size_t size_ = 0;
 };
 
@@ -36,6 +35,11 @@ bool isSavedExtension(const std::string& extension);
 /// refused with an alert; when the file cannot be created or written the process ends through
 /// CheckError, the old file as it was.
 bool saveAsAudioFile(const FileUrl& url, std::span<std::byte> block);
+
+/// [main] The same for the sound as it is now, while nothing else can change it: without a copy
+/// where the sound can be written from its place (CAF, the pair behind it). False, after an alert,
+/// also when there is no memory for a copy.
+bool saveSound(const FileUrl& url);
 
 /// [main] The older writer: the sound as it stands, without the pair behind it, as CAF whatever the
 /// extension. Nothing calls it.

@@ -32,6 +32,9 @@ public:
     virtual int create(const std::string& path) = 0;
     virtual int setPermissions(int descriptor, const FileStatus& like) = 0;
     virtual long write(int descriptor, const void* bytes, std::size_t count) = 0; ///< bytes taken
+    /// Has the system begin to bring that part of the file to the disk, without waiting for it and
+    /// without an answer: sync gives that.
+    virtual void beginSync(int /*descriptor*/, std::uint64_t /*from*/, std::uint64_t /*bytes*/) {}
     virtual int sync(int descriptor) = 0;
     virtual int close(int descriptor) = 0;
     virtual int rename(const std::string& from, const std::string& to) = 0;

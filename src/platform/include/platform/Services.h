@@ -7,6 +7,8 @@ class AudioOutputService;
 class Clock;
 class FileOperations;
 class FileSystem;
+class Memory;
+class MidiService;
 class SystemVersion;
 class TraceLog;
 
@@ -18,8 +20,10 @@ struct Services {
     Clock* clock = nullptr;
     FileOperations* fileOperations = nullptr;
     FileSystem* fileSystem = nullptr;
+    MidiService* midi = nullptr;
     SystemVersion* systemVersion = nullptr;
     TraceLog* trace = nullptr;
+    Memory* memory = nullptr; ///< only gives hints, so it may be absent
 };
 
 /// [any] The one set of services of this process.

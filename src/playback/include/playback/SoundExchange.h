@@ -27,6 +27,13 @@ using SampleBlock = std::unique_ptr<float, FreeSamples>;
 /// memory for them.
 SampleBlock allocateSamples(std::int64_t count);
 
+/// [main], [worker] The same for a caller that sets every one of the `count` samples: only the
+/// slack is zeroed. On a page boundary, where copies from and to files are fastest.
+SampleBlock allocateUnsetSamples(std::int64_t count);
+
+/// [main] Whether the output runs, so that the callback may be reading the sound.
+bool isSounding();
+
 /// [main] Asks a play under way for its stop and waits until the callback is not called any more,
 /// at most kIdleWait; then stops the unit outright.
 void fallIdle();

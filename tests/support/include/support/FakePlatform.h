@@ -11,6 +11,7 @@
 #include "platform/Clock.h"
 #include "platform/FileOperations.h"
 #include "platform/FileStream.h"
+#include "platform/MidiInput.h"
 #include "platform/Services.h"
 #include "platform/SystemVersion.h"
 #include "platform/TraceLog.h"
@@ -115,8 +116,9 @@ public:
 
     /// Called before every call with its name and how many calls were made before it. What it
     /// returns other than 0 is the call's answer: a negative error number, or, from "write", how
-    /// many bytes are taken.
+    /// many bytes are taken, kTakesNothing for none.
     std::function<long(const std::string& call, std::size_t index)> inject;
+    static constexpr long kTakesNothing = INT64_MIN;
     std::vector<std::string> calls;
     std::map<std::string, std::string> links;                ///< symbolic links
     std::map<std::string, platform::FileStatus> statuses;    ///< of files that are not plain
@@ -143,6 +145,29 @@ private:
     std::map<int, std::string> open_;
     int nextDescriptor_ = 3;
     std::uint64_t lastNumber_ = 0;
+};
+
+/// A MIDI service whose sources and failures the test arranges.
+class FakeMidi final : public platform::MidiService {
+public:
+    long sources = 0;
+    std::map<std::string, platform::Status> failures; ///< status by the name of the call
+    std::vector<std::string> calls;
+    platform::MidiReadProc read = nullptr;
+
+    platform::Status createClient(const char* name, platform::MidiObject& client) override;
+    platform::Status createInputPort(platform::MidiObject client, const char* name,
+                                     platform::MidiReadProc proc, void* readContext,
+                                     platform::MidiObject& port) override;
+    long numberOfSources() override { return sources; }
+    platform::MidiObject source(long index) override {
+        return static_cast<platform::MidiObject>(100 + index);
+    }
+    platform::Status connectSource(platform::MidiObject port, platform::MidiObject source,
+                                   void* sourceContext) override;
+
+private:
+    platform::Status called(const std::string& name, const std::string& detail);
 };
 
 class FakeSystemVersion final : public platform::SystemVersion {
@@ -179,6 +204,7 @@ public:
     FakeClock clock;
     MemoryFileSystem files;
     FakeFileOperations operations{files};
+    FakeMidi midi;
     FakeSystemVersion systemVersion;
     RecordingDelegate delegate;
 

@@ -3,6 +3,7 @@
 #include "platform/Clock.h"
 #include "platform/FileOperations.h"
 #include "platform/FileStream.h"
+#include "platform/Memory.h"
 #include "platform/SystemVersion.h"
 #include "platform/TraceLog.h"
 
@@ -23,6 +24,11 @@ public:
     static std::int32_t minorOf(const std::string& release);
 };
 
+class LinuxMemory final : public Memory {
+public:
+    void preferLargePages(void* block, std::size_t bytes) override;
+};
+
 class PosixFileSystem final : public FileSystem {
 public:
     std::unique_ptr<FileStream> openForReading(const std::string& path, int& error) override;
@@ -35,6 +41,7 @@ public:
     int create(const std::string& path) override;
     int setPermissions(int descriptor, const FileStatus& like) override;
     long write(int descriptor, const void* bytes, std::size_t count) override;
+    void beginSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int sync(int descriptor) override;
     int close(int descriptor) override;
     int rename(const std::string& from, const std::string& to) override;

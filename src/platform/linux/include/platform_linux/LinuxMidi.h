@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/MidiInput.h"
+
+namespace zemo::platform {
+
+/// No MIDI at all: no sources, no failures.
+class EmptyMidi final : public MidiService {
+public:
+    Status createClient(const char* name, MidiObject& client) override;
+    Status createInputPort(MidiObject client, const char* name, MidiReadProc read,
+                           void* readContext, MidiObject& port) override;
+    long numberOfSources() override { return 0; }
+    MidiObject source(long /*index*/) override { return 0; }
+    Status connectSource(MidiObject /*port*/, MidiObject /*source*/, void* /*context*/) override {
+        return kNoError;
+    }
+};
+
+/// [main] The computer's MIDI: the ALSA sequencer; where there is none, JACK; else EmptyMidi.
+std::unique_ptr<MidiService> makeLinuxMidi();
+
+/// [main] One of them; null where it is not there.
+std::unique_ptr<MidiService> makeAlsaMidi();
+std::unique_ptr<MidiService> makeJackMidi();
+
+} // namespace zemo::platform

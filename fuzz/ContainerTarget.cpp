@@ -5,6 +5,7 @@
 #include "Target.h"
 #include "files/AudioFile.h"
 #include "files/AudioFileReader.h"
+#include "files/AudioFileWriter.h"
 #include "files_test/SoundChecks.h"
 #include "playback/SharedState.h"
 #include "support/FakePlatform.h"
@@ -39,6 +40,16 @@ void requireDescriptionInsideFile(zemo::test::MemoryFileSystem& files, std::size
             "all packets are really there");
 }
 
+/// The sound that is there now comes back from a file that it is saved in, two zeros longer.
+void requireRoundTrip(const char* path) {
+    std::vector<std::uint32_t> expected = zemo::test::soundWords();
+    expected.insert(expected.end(), 2, 0);
+    zemo::SoundCopy copy = zemo::SoundCopy::take();
+    require(zemo::saveAsAudioFile(zemo::FileUrl(path), copy.bytes()), "an opened sound is saved");
+    require(zemo::openSoundFile(zemo::FileUrl(path)) == std::string("OK"), "and opened again");
+    require(zemo::test::soundWords() == expected, "with the same samples");
+}
+
 Outcome opened(const std::uint8_t* data, std::size_t size) {
     zemo::test::FakePlatform platform;
     platform.launch(48000.0);
@@ -55,7 +66,13 @@ Outcome opened(const std::uint8_t* data, std::size_t size) {
     require(result == "OK" || zemo::test::currentSound() == old, "a refusal keeps the old sound");
     require(platform.alert.shown.size() == (result == "OK" ? 0U : 1U),
             "a refusal, and nothing else, is one alert");
-    return {result, zemo::test::soundWords(), platform.trace.all, platform.alert.shown.size()};
+    const Outcome outcome{result, zemo::test::soundWords(), platform.trace.all,
+                          platform.alert.shown.size()};
+    if (result == "OK" && zemo::fBuffersize.load() > 0) {
+        requireRoundTrip("/saved.caf");
+        requireRoundTrip("/saved.aif");
+    }
+    return outcome;
 }
 
 } // namespace

@@ -64,6 +64,21 @@ Seeds aiffSeeds() {
     };
 }
 
+/// Command lines, a word a line.
+Seeds commandLineSeeds() {
+    return {
+        {"help", text("--help")},
+        {"version", text("--version")},
+        {"open", text("--rate\n48000\nopen\na.caf\nswap\nnormalize\ninfo")},
+        {"render", text("open\nx\nrender\ny.caf\nframes=512\nrms=on\nlevels=l.txt\nplay")},
+        {"transform", text("resample\n0.5\nam\n440\n1\nssb-lower\n1e3\n0.5\nssb-upper\n20\n2")},
+        {"fm", text("fm\n440\n2\n50\nrevert\nsave\nx.AIF\ndump\nx")},
+        {"hd", text("hd\nharmonics=2,4\nhighpass=1000\nslope=0.5\nattack=50\nmix=nan\n"
+                    "scale=off\nknee=-0.3\ncomp=0.1")},
+        {"wrong", text("hd\nharmonics=3")},
+    };
+}
+
 Seeds rawSeeds() {
     const Bytes plain = big(0, 1);
     const Bytes swapped = big(1, 1);
@@ -111,8 +126,8 @@ int main(int argc, char** argv) {
     Seeds container = cafSeeds();
     container.merge(aiffSeeds());
     bool same = true;
-    for (const auto& [target, seeds] :
-         std::map<std::string, Seeds>{{"container", container}, {"raw", rawSeeds()}}) {
+    for (const auto& [target, seeds] : std::map<std::string, Seeds>{
+             {"container", container}, {"raw", rawSeeds()}, {"command_line", commandLineSeeds()}}) {
         for (const auto& [name, bytes] : seeds) {
             const fs::path file = corpus / target / name;
             if (check) {

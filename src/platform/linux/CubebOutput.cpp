@@ -16,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Status kDeviceError = static_cast<Status>(fourCharCode("!dev"));
-/// With half of this, a machine with twice as many busy threads as cores loses one play in six.
+/// With half of this, one play in seven had a gap on a machine with two busy threads a core.
 constexpr double kLatencySeconds = 0.1;
 /// Silence sent after the last sound: a server may lose its last, partly filled period.
 constexpr double kTailSeconds = 0.06;

@@ -1,0 +1,66 @@
+#!/bin/bash
+# Reads every include line under a source tree and names each one that its room may not have.
+#   include_rules.sh <src folder>       status 0: all keep the rules
+set -u
+src=${1:?usage: include_rules.sh <src folder>}
+cd "$src" || exit 2
+
+devices='cubeb|alsa|jack|pulse|pipewire|portaudio|RtAudio|RtMidi'
+locks='mutex|shared_mutex|condition_variable|semaphore|latch|barrier|future|stop_token'
+slow='thread|iostream|fstream|filesystem|syncstream'
+found=0
+
+# rule <room> <rooms it may include> <angle-bracket headers it may not> <files...>
+# A header in angle brackets with a dot or a slash is not of the standard library; "system" among
+# the allowed rooms permits it all the same.
+rule() {
+    local room=$1 allowed=" $2 " forbidden=$3
+    shift 3
+    local path here=() files=()
+    for path in "$@"; do
+        [[ -e $path ]] && here+=("$path")
+    done
+    ((${#here[@]} == 0)) && return # a room that is not there
+    mapfile -t files < <(find "${here[@]}" -name '*.cpp' -o -name '*.h' | sort)
+    ((${#files[@]} == 0)) && return
+    awk -v room="$room" -v allowed="$allowed" -v forbidden="^($forbidden)(/|\\.h|$)" '
+        function isBeside(header,    path, line) {
+            path = FILENAME
+            sub(/[^\/]*$/, header, path)
+            return (getline line < path) >= 0
+        }
+        BEGIN { osToo = index(allowed, " system ") > 0 }
+        function bad(why) { printf "%s:%d: %s may not include %s: %s\n", FILENAME, FNR, room, name, why; wrong = 1 }
+        /^[ \t]*#[ \t]*(include|include_next|import)[ \t]*[<"]/ {
+            quoted = index($0, "\"") > 0 && (index($0, "<") == 0 || index($0, "\"") < index($0, "<"))
+            name = $0
+            sub(/^[^<"]*[<"]/, "", name)
+            sub(/[>"].*$/, "", name)
+            if (name ~ /(^|\/)\.\.(\/|$)/) { bad("a path that climbs out of its folder"); next }
+            if (quoted) {
+                other = name
+                if (sub(/\/.*$/, "", other)) {
+                    if (index(allowed, " " other " ") == 0) bad("a room above or beside it")
+                } else if (!osToo && !isBeside(name)) bad("not in the same folder")
+                next
+            }
+            if (name ~ forbidden) bad("forbidden there")
+            else if (!osToo && (name ~ /[.\/]/ || name ~ /^Q[A-Z]/)) bad("not of the standard library")
+        }
+        END { exit wrong }' "${files[@]}" || found=1
+}
+
+qt='Q[A-Z][A-Za-z0-9]*'
+rule platform "platform" "$locks|thread" platform/include platform/*.cpp platform/*.h
+rule playback "platform playback" "$locks|$slow" playback
+rule files "platform playback files" "$locks|$slow" files
+rule dsp "platform playback dsp" "$locks|$slow" dsp
+rule midi "platform playback midi" "$locks|$slow" midi
+rule "the meter's geometry" "meter" "$locks|$slow" \
+    meter/LevelMeterGeometry.cpp meter/include/meter/LevelMeterGeometry.h
+rule batch "platform platform_linux playback files dsp midi batch" "$locks" batch
+rule "the Linux platform" "platform platform_linux system" "$qt" platform/linux
+rule "the window" "platform platform_linux playback files dsp midi meter interface app system" \
+    "$devices" app interface meter
+
+exit $found

@@ -1,0 +1,158 @@
+"""Sounds to play, the files that they come in, and what a recording has of them."""
+
+import subprocess
+from dataclasses import dataclass
+
+import numpy
+
+from servers import wait_for
+
+# Silence that lasts this long ends a play. The calls at its end are far shorter.
+QUIET_SECONDS = 0.3
+# The device asks for less than this at a time, so the fade-out begins in the last two of it.
+LONGEST_CALL_SECONDS = 0.15
+
+
+def noise(count, seed):
+    """Samples that are never zero, so that a play is one unbroken run.
+
+    They are multiples of 2**-20: no program that goes through 24 or 32 bits can change them.
+    """
+    generator = numpy.random.default_rng(seed)
+    magnitudes = generator.integers(2**17, 15 * 2**16, count)
+    signs = generator.choice([-1, 1], count)
+    return (signs * magnitudes / 2**20).astype(numpy.float32)
+
+
+def constant(level, count):
+    return numpy.full(count, level, numpy.float32)
+
+
+def write_raw(path, samples, byte_order="<"):
+    samples.astype(f"{byte_order}f4").tofile(path)
+    return path
+
+
+def _write_with_sox(path, rate, samples, file_type, byte_order):
+    subprocess.run(
+        ["sox", "-t", "raw", "-e", "floating-point", "-b", "32", "-L", "-r", str(rate), "-c", "1",
+         "-", "-t", file_type, "-e", "floating-point", "-b", "32", str(path)],
+        input=samples.astype("<f4").tobytes(), check=True)
+    with open(path, "rb") as file:
+        assert samples.astype(f"{byte_order}f4").tobytes() in file.read(), "sox has other samples"
+    return path
+
+
+def write_caf(path, rate, samples):
+    """A CAF of another program's making. It is big-endian."""
+    return _write_with_sox(path, rate, samples, "caf", ">")
+
+
+def write_aiff_c(path, rate, samples):
+    """An AIFF-C of another program's making."""
+    return _write_with_sox(path, rate, samples, "aifc", ">")
+
+
+def normalized(samples):
+    """Divided by 1.1 times the peak, which is the last sample that was larger than the peak
+    before it; the peak keeps its sign, so that after a negative one any sample is larger."""
+    peak = numpy.float32(0)
+    for sample in samples:
+        if abs(sample) > peak:
+            peak = sample
+    return samples / numpy.float32(float(peak) * 1.1)
+
+
+@dataclass
+class Play:
+    """One play in a recording, from sample 0 of the sound to the last that was heard."""
+
+    heard: numpy.ndarray
+    first_call: int  # frames of the fade-in
+    last_call: int  # frames of the fade-out
+    fade_out: int  # the sample that it begins at
+
+    def expected(self, samples):
+        """What the device is to get, computed in 32-bit floats from first to last."""
+        result = samples[:len(self.heard)].copy()
+        rising = min(self.first_call, len(result))
+        ramp = numpy.arange(rising, dtype=numpy.float32)
+        result[:rising] = result[:rising] * ramp / numpy.float32(self.first_call)
+        falling = len(result) - self.fade_out
+        ramp = numpy.arange(self.last_call, self.last_call - falling, -1, dtype=numpy.float32)
+        result[self.fade_out:] = result[self.fade_out:] * ramp / numpy.float32(self.last_call)
+        return result
+
+    def ends_with_the_sound(self, samples):
+        """Whether the call that faded out reached past the last sample."""
+        return self.fade_out + self.last_call > len(samples)
+
+
+def _sounding_runs(track, rate):
+    """The stretches between silences, each as a pair of its first and its last frame."""
+    sounding = numpy.flatnonzero(track)
+    if len(sounding) == 0:
+        return []
+    breaks = numpy.flatnonzero(numpy.diff(sounding) > QUIET_SECONDS * rate)
+    firsts = sounding[numpy.concatenate(([0], breaks + 1))]
+    lasts = sounding[numpy.concatenate((breaks, [len(sounding) - 1]))]
+    return list(zip(firsts, lasts))
+
+
+def understand(heard, samples):
+    """Finds the two fades by the factors in them: 1/n first, and (m-i)/m in the end."""
+    assert len(heard) <= len(samples), "more was heard than there is"
+    first_call = round(float(samples[1]) / float(heard[1]))
+    changed = numpy.flatnonzero(heard[first_call:] != samples[first_call:len(heard)])
+    assert len(changed) > 0, "there is no fade-out"
+    fade_out = first_call + int(changed[0])
+    # The fade-out's first frame has the factor m/m, which rounding may change or not.
+    if abs(heard[fade_out] / samples[fade_out] - 1) > 1e-6:
+        fade_out -= 1
+    last = len(heard) - 1
+    factor = float(heard[last]) / float(samples[last])
+    last_call = round((last - fade_out) / (1 - factor))
+    return Play(heard, first_call, last_call, fade_out)
+
+
+class Listener:
+    """Waits for what is heard in a recording."""
+
+    def __init__(self, recording):
+        self._recording = recording
+        self._rate = recording.rate
+
+    def _track(self):
+        frames = self._recording.frames()
+        assert numpy.array_equal(frames[:, 0], frames[:, 1]), "the two channels differ"
+        return frames[:, 0]
+
+    def wait_for_sound(self, seconds):
+        """Until so much of a play has been heard, be it the first or a later one."""
+        def heard_enough():
+            track = self._track()
+            runs = _sounding_runs(track, self._rate)
+            return runs and self._is_open(track, runs[-1]) and \
+                runs[-1][1] - runs[-1][0] > seconds * self._rate
+        wait_for(heard_enough, f"{seconds} s of sound are heard")
+
+    def _is_open(self, track, run):
+        return len(track) - run[1] < QUIET_SECONDS * self._rate
+
+    def wait_for_plays(self, count):
+        """Each play's frames, the silent first one of the fade-in included."""
+        def all_over():
+            track = self._track()
+            runs = _sounding_runs(track, self._rate)
+            if len(runs) < count or self._is_open(track, runs[-1]):
+                return None
+            return [track[first - 1:last + 1] for first, last in runs]
+        return wait_for(all_over, f"{count} plays are over")
+
+    def plays_so_far(self):
+        return len(_sounding_runs(self._track(), self._rate))
+
+    def wait_for_more(self, seconds):
+        """Until so much more has been recorded, sound or silence."""
+        end = len(self._track()) + seconds * self._rate
+        wait_for(lambda: len(self._track()) >= end, f"{seconds} s more are recorded")

@@ -1,0 +1,108 @@
+"""What the test cases share."""
+
+import signal
+import tempfile
+import unittest
+from pathlib import Path
+
+import audio
+from servers import Desktop, SoundServer, wait_for
+from window import PLAY, STOP, Program, Window
+
+desktop = None
+
+
+def start_desktop():
+    """For a module's setUpModule: one desktop for all its tests."""
+    global desktop
+    desktop = Desktop()
+    unittest.addModuleCleanup(desktop.close)
+
+
+def main():
+    """Runs the tests; leaves nothing behind, even when they are interrupted."""
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    try:
+        unittest.main()
+    finally:
+        if desktop is not None:
+            desktop.close()
+
+
+class WindowCase(unittest.TestCase):
+    """Tests with the program's window."""
+
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory(dir=desktop.directory)
+        self.addCleanup(directory.cleanup)
+        self.directory = Path(directory.name)
+        self.program = None
+        self.window = None
+
+    def launch(self, *arguments, environment=None):
+        self.program = Program(desktop, *arguments, environment=environment)
+        self.addCleanup(self.program.close)
+        self.window = Window(self.program)
+
+    def path(self, name):
+        return self.directory / name
+
+    def wait_for_log(self, beginning, count=1):
+        return wait_for(lambda: self.program.log_lines(beginning)[count - 1:],
+                        f"{count} log lines begin with {beginning}")[0]
+
+
+class SoundCase(WindowCase):
+    """Tests with the window and a sound server, all of whose sound is recorded."""
+
+    rate = 48000
+
+    def setUp(self):
+        super().setUp()
+        self.server = SoundServer(desktop, self.rate)
+        self.addCleanup(self.server.close)
+        recording = self.server.record()
+        self.addCleanup(recording.close)
+        self.listener = audio.Listener(recording)
+
+    def launch(self, *arguments, environment=None):
+        super().launch(*arguments, environment=self.server.environment | (environment or {}))
+
+    def noise(self, seconds, seed=1):
+        return audio.noise(int(seconds * self.rate), seed)
+
+    def play(self):
+        self.window.button(PLAY).press()
+        self.window.wait_for_title(STOP)
+
+    def stop(self):
+        self.window.button(STOP).press()
+        self.window.wait_for_title(PLAY)
+
+    def assert_same_samples(self, actual, expected):
+        self.assertEqual(len(actual), len(expected))
+        differing = (actual.view("u4") != expected.view("u4")).nonzero()[0]
+        if len(differing) > 0:
+            where = differing[0]
+            self.fail(f"{len(differing)} of {len(actual)} samples differ, the first at {where}: "
+                      f"{actual[where]!r}, not {expected[where]!r}")
+
+    def assert_exact(self, heard, samples):
+        """The sound's own samples from the first one on, with a ramp at either end."""
+        play = audio.understand(heard, samples)
+        self.assert_same_samples(heard, play.expected(samples))
+        return play
+
+    def assert_whole(self, heard, samples):
+        """As above, and up to the sound's end but for what the last two calls leave over."""
+        play = self.assert_exact(heard, samples)
+        left = len(samples) - play.fade_out
+        self.assertLess(left, 2 * audio.LONGEST_CALL_SECONDS * self.rate)
+        return play
+
+    def assert_plays_whole(self, samples):
+        """Presses Play and listens to the end."""
+        before = self.listener.plays_so_far()
+        self.play()
+        heard = self.listener.wait_for_plays(before + 1)[-1]
+        return self.assert_whole(heard, samples)

@@ -1,0 +1,140 @@
+"""A keyboard on the MIDI bus: JACK's dummy driver, and a sender in a process of its own."""
+
+import os
+import subprocess
+import sys
+from pathlib import Path
+
+import audio
+import case
+from servers import end, wait_for
+from window import PLAY, STOP
+
+setUpModule = case.start_desktop
+
+RATE = 48000
+SENDER = Path(__file__).with_name("midi_sender.py")
+
+
+class Bus:
+    """A JACK server and one MIDI source on it."""
+
+    def __init__(self, desktop, name):
+        self._environment = os.environ | {"JACK_DEFAULT_SERVER": name,
+                                          "JACK_NO_AUDIO_RESERVATION": "1"}
+        self._server = desktop.start(
+            ["jackd", "-r", "-S", "-t", "5000", "-n", name, "-d", "dummy", "-C", "0", "-P", "0", "-r", str(RATE),
+             "-p", "512"], env=self._environment, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL)
+        self._sender = wait_for(self._start_sender, "the source is on the bus")
+        self.environment = {"JACK_DEFAULT_SERVER": name}
+
+    def _start_sender(self):
+        sender = subprocess.Popen([sys.executable, "-B", str(SENDER), "keyboard"],
+                                  env=self._environment, text=True, stdin=subprocess.PIPE,
+                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        if sender.stdout.readline() == "ready\n":
+            return sender
+        end(sender)
+        sender.stdin.close()
+        sender.stdout.close()
+        return None
+
+    def _ask(self, command, messages):
+        self._sender.stdin.write(f"{command} {' '.join(m.hex() for m in messages)}\n")
+        self._sender.stdin.flush()
+        return self._sender.stdout.readline().strip()
+
+    def send(self, *messages):
+        assert self._ask("send", messages) == "sent"
+
+    def latency(self, message):
+        """Seconds from the note's arrival to the first sound."""
+        return int(self._ask("latency", [message])) / RATE
+
+    def close(self):
+        self._sender.stdin.close()
+        self._sender.wait()
+        self._sender.stdout.close()
+        end(self._server)
+
+
+def note_on(channel=0, velocity=64):
+    return bytes([0x90 | channel, 60, velocity])
+
+
+def note_off(channel=0):
+    return bytes([0x80 | channel, 60, 0])
+
+
+class Keyboard(case.WindowCase):
+    number = 0
+
+    def setUp(self):
+        super().setUp()
+        Keyboard.number += 1
+        self.bus = Bus(case.desktop, f"zemo{os.getpid()}-{Keyboard.number}")
+        self.addCleanup(self.bus.close)
+
+    def launch_with_sound(self, seconds=20):
+        sound = audio.write_caf(self.path("noise.caf"), RATE, audio.noise(seconds * RATE, seed=5))
+        self.launch(sound, environment=self.bus.environment)
+        self.window.wait_for_label("noise.caf")
+
+    def lines(self, text):
+        return self.program.output().splitlines().count(text)
+
+    def wait_for_lines(self, text, count):
+        wait_for(lambda: self.lines(text) >= count, f"{count} lines {text}")
+
+    def test_the_source_on_the_bus_is_connected(self):
+        self.launch(environment=self.bus.environment)
+        wait_for(lambda: self.lines("MIDI Sources: 1") == 1, "the source is counted")
+
+    def test_a_note_plays_and_the_next_one_stops(self):
+        self.launch_with_sound()
+        self.bus.send(note_on())
+        self.window.wait_for_title(STOP)
+        self.bus.send(note_off())
+        self.bus.send(note_on(velocity=1))
+        # The note's title comes after the press, so it says Stop once more until the fade is over.
+        self.wait_for_lines("NOTE ON", 2)
+        wait_for(lambda: "IdleCycle" in self.program.output(), "the play has faded")
+        self.window.wait_for_title(PLAY)
+
+    def test_notes_play_on_all_sixteen_channels(self):
+        self.launch(environment=self.bus.environment)
+        self.bus.send(*[note_on(channel) for channel in range(16)])
+        self.wait_for_lines("NOTE ON", 16)
+        for channel in range(16):
+            self.assertEqual(self.lines(f"Channel: {channel:x}, Message: 9"), 1)
+
+    def test_what_is_no_note_on_plays_nothing(self):
+        self.launch_with_sound()
+        self.bus.send(note_off(), note_on(velocity=0), bytes([0xB0, 7, 100]), bytes([0xC0, 3]),
+                      bytes([0xE0, 0, 64]), bytes([0xF8]), bytes([0xFA]),
+                      bytes([0xF0, 0x7E, 0x90, 0x3C, 0x40, 0xF7]))
+        self.bus.send(bytes([0xB1, 7, 99]))
+        self.wait_for_lines("Channel: 1, Message: b", 1)
+        self.assertEqual(self.lines("NOTE ON"), 0)
+        self.assertNotIn("frames", self.program.output())
+        self.assertEqual(self.lines("Channel: 0, Message: f"), 0)
+
+    def test_ten_thousand_notes_in_a_burst_are_all_read_once(self):
+        self.launch(environment=self.bus.environment)
+        wait_for(lambda: self.lines("MIDI Sources: 1") == 1, "the source is connected")
+        self.bus.send(*[note_on(i % 16) for i in range(10000)])
+        self.bus.send(bytes([0xB1, 7, 99]))
+        self.wait_for_lines("Channel: 1, Message: b", 1)
+        self.assertEqual(self.lines("NOTE ON"), 10000)
+
+    def test_the_sound_follows_the_note(self):
+        self.launch_with_sound()
+        latency = self.bus.latency(note_on())
+        print(f"note to first sound: {latency * 1000:.1f} ms")
+        self.assertGreater(latency, 0)
+        self.window.wait_for_title(STOP)
+
+
+if __name__ == "__main__":
+    case.main()

@@ -59,6 +59,12 @@ void modulateStretch(std::span<const float> input, std::span<float> output,
 
 } // namespace
 
+std::int64_t envelopeBlockLength(float lpf, double rate) {
+    // Below the bounds of lpf the quotient can be more than an integer holds; no sound is as long.
+    constexpr double kLongest = 4611686018427387904.0;
+    return static_cast<std::int64_t>(std::min(rate / static_cast<double>(lpf), kLongest));
+}
+
 std::vector<EnvelopePoint> blockEnvelope(std::span<const float> input, std::int64_t blockLength) {
     const auto count = static_cast<std::int64_t>(input.size());
     std::vector<EnvelopePoint> envelope(static_cast<std::size_t>(count / blockLength + 1));
@@ -124,8 +130,7 @@ Refusal pmBuffer(float cf, float index, float lpf) {
     }
     const auto sound = soundSamples();
     return replaceSound(fBuffersize.load(), kSlackSamples, [&](std::span<float> result) {
-        const auto blockLength = static_cast<std::int64_t>(R / static_cast<double>(lpf));
-        const auto envelope = dsp::blockEnvelope(sound, blockLength);
+        const auto envelope = dsp::blockEnvelope(sound, dsp::envelopeBlockLength(lpf, R));
         if (dbp) {
             traceEnvelope(envelope);
         }

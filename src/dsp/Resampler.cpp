@@ -36,6 +36,9 @@ double pointTime(std::int64_t j, double rate, float ratio) {
 }
 
 std::int32_t resampledLength(std::int64_t count, float ratio, double rate) {
+    if (count > INT32_MAX) {
+        return 0;
+    }
     const float length = static_cast<float>(static_cast<std::int32_t>(count) - 1) * ratio;
     if (!std::isfinite(ratio) || ratio <= 0.0F || !(length >= 1.0F) || length >= kTooManySamples) {
         return 0;

@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kDelay = 256;   ///< of the Hilbert transformer's centre, in samples
 constexpr std::size_t kBlock = 16384; ///< samples that are transformed together
 
-/// The sidebands of one block. `before` are the input's samples before it.
+/// One sample of the sideband after the other.
 class Modulator {
 public:
     Modulator(std::span<const float> input, Sideband sideband, float frequency, double rate)

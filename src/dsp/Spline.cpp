@@ -121,10 +121,10 @@ void ispline_gen(const double* x, const double* y, std::int32_t n, const double*
         end("ispline_gen: Out of range\n");
     }
     std::int32_t k = 0;
-    double rightEnd = xi[0] - 1.0; // the first point always chooses an interval
+    double rightEnd = 0.0;
     Cubic cubic;
     for (std::int32_t j = 0; j < m; ++j) {
-        if (xi[j] > rightEnd) {
+        if (j == 0 || xi[j] > rightEnd) { // the first point always chooses an interval
             k = intervalOf(x, n, xi[j], k);
             cubic = Cubic(x, y, d.data(), k);
             rightEnd = x[k + 1];

@@ -21,6 +21,9 @@ namespace dsp {
 inline constexpr float kSlowestEnvelope = 4.0F;
 inline constexpr float kFastestEnvelope = 32.0F;
 
+/// [any] The length of the envelope's blocks in samples: the rate over `lpf` (above 0), truncated.
+std::int64_t envelopeBlockLength(float lpf, double rate);
+
 /// [any] The envelope of `input` in blocks of `blockLength` samples: the square root of each
 /// block's sum of squares, divided by its length, scaled so that the loudest has 0.5. The block
 /// that holds the last sample has 0. A silent input gives NaN throughout: 0 is divided by 0, and

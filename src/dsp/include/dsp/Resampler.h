@@ -19,7 +19,7 @@ double pointTime(std::int64_t j, double rate, float ratio);
 /// [any] The length of a sound of `count` samples (at least 1) after resampling by `ratio`: one
 /// less than the old, times the ratio in 32-bit floats, truncated; lowered where that rounding
 /// would put the last new sample past the last old one at `rate` hertz. 0: there is no such length,
-/// because the ratio is not a positive number or the length would be below 1 or above 2^31 - 1.
+/// because the ratio is not a positive number or either length would be below 1 or above 2^31 - 1.
 std::int32_t resampledLength(std::int64_t count, float ratio, double rate);
 
 /// [any] The values of the spline through `input` (3 to 2^31 - 1 samples) at output.size() even

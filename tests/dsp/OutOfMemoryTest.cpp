@@ -1,0 +1,158 @@
+#include <cstdlib>
+#include <functional>
+#include <new>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "Sounds.h"
+#include "dsp/AmplitudeModulation.h"
+#include "dsp/Filters.h"
+#include "dsp/HarmonicProcessor.h"
+#include "dsp/HilbertTransformer.h"
+#include "dsp/PhaseModulation.h"
+#include "dsp/Resampler.h"
+#include "dsp/Revert.h"
+#include "dsp/SingleSideband.h"
+
+/// The next large block that is asked for but this many is refused; small ones are not counted:
+/// they hold texts, and the system gives those from what it has.
+static constinit long largeBlocksLeft = -1;
+
+static bool isRefused(std::size_t bytes) {
+    constexpr std::size_t kLarge = 4096;
+    return bytes >= kLarge && largeBlocksLeft >= 0 && largeBlocksLeft-- == 0;
+}
+
+extern "C" void* __real_calloc(std::size_t count, std::size_t size);
+extern "C" void* __wrap_calloc(std::size_t count, std::size_t size) {
+    return isRefused(count * size) ? nullptr : __real_calloc(count, size);
+}
+
+void* operator new(std::size_t bytes) {
+    void* const block = isRefused(bytes) ? nullptr : std::malloc(bytes);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    return block;
+}
+
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t /*bytes*/) noexcept {
+    std::free(block);
+}
+
+namespace zemo::test {
+namespace {
+
+constexpr const char* kSentence = "There is not enough memory for this transformation.";
+
+/// What must be as it was after a refusal.
+struct Everything {
+    Sound sound = currentSound();
+    float* block = fBuffer.load();
+    std::array<double, 514> hilbert = hilbert_xv;
+    std::array<float, 3> inputs = xv;
+    std::array<float, 3> outputs = yv;
+
+    void expectUnchanged() const {
+        EXPECT_EQ(fBuffer.load(), block);
+        EXPECT_TRUE(sameBits(currentSound(), sound));
+        EXPECT_EQ(hilbert_xv, hilbert);
+        EXPECT_EQ(xv, inputs);
+        EXPECT_EQ(yv, outputs);
+    }
+};
+
+/// Refuses every large block in turn; returns how many the function asks for.
+int refuseEachBlockInTurn(const std::function<Refusal()>& function) {
+    for (long n = 0; n < 100; ++n) {
+        const Everything before;
+        largeBlocksLeft = n;
+        const Refusal refusal = function();
+        const bool reached = largeBlocksLeft < 0;
+        largeBlocksLeft = -1;
+        if (!reached) {
+            EXPECT_FALSE(refusal.has_value());
+            return static_cast<int>(n);
+        }
+        EXPECT_TRUE(refusal.has_value()) << n;
+        if (refusal) {
+            EXPECT_EQ(refusal->sentence, kSentence);
+            EXPECT_EQ(refusal->category, platform::ErrorCategory::OutOfMemory);
+        }
+        before.expectUnchanged();
+    }
+    return -1;
+}
+
+class OutOfMemory : public DspTest {
+protected:
+    OutOfMemory() {
+        R = 44100.0;
+        hilbert_xv.fill(0.25);
+        xv.fill(0.5F);
+        yv.fill(0.125F);
+        loadSound(noise(30000, 1));
+    }
+};
+
+TEST_F(OutOfMemory, AmIsRefusedAndTheSoundStays) {
+    EXPECT_EQ(refuseEachBlockInTurn([] { return amBuffer(440.0F, 1.0F); }), 1);
+}
+
+TEST_F(OutOfMemory, SsbIsRefusedAndTheSoundAndTheDelayLineStay) {
+    // The result, the wet part, the block and its transform, and the line through each of the two
+    // blocks, in which it grows once.
+    EXPECT_EQ(refuseEachBlockInTurn([] { return ssbmBuffer(true, 440.0F, 1.0F); }), 8);
+}
+
+TEST_F(OutOfMemory, PmIsRefusedAndTheSoundStays) {
+    R = 400.0; // so that the envelope is large
+    EXPECT_EQ(refuseEachBlockInTurn([] { return pmBuffer(44.0F, 1.0F, 32.0F); }), 2);
+}
+
+TEST_F(OutOfMemory, HdIsRefusedAndTheSoundAndTheHighPassStay) {
+    EXPECT_EQ(refuseEachBlockInTurn(
+                  [] { return hd(true, true, false, 100, true, 1, 0.9, 0.5F, 0.5F, 0.5F); }),
+              4);
+}
+
+TEST_F(OutOfMemory, ResamplingIsRefusedAndTheSoundStays) {
+    // The result, both grids, the ordinates, the values, the slopes, three diagonals and the
+    // elimination's.
+    EXPECT_EQ(refuseEachBlockInTurn([] { return resampleBuffer(1.5F); }), 10);
+}
+
+TEST_F(OutOfMemory, ACopyForRevertIsNotTakenAndTheOldOneStays) {
+    undo_struct undo;
+    ASSERT_TRUE(make_revert(undo, fBuffer.load(), 100));
+    const Sound kept(undo.buf.get(), undo.buf.get() + 100);
+    largeBlocksLeft = 0;
+    EXPECT_FALSE(make_revert(undo, fBuffer.load(), fBuffersize.load()));
+    EXPECT_EQ(undo.bufsize, 100);
+    EXPECT_TRUE(sameBits(Sound(undo.buf.get(), undo.buf.get() + 100), kept));
+}
+
+/// In a process of its own whose address space cannot grow: 0 when the sound is refused and stays.
+int underALimit() {
+    constexpr rlim_t kRoom = 512UL << 20U;
+    const Sound before = currentSound();
+    const rlimit limit{kRoom, kRoom};
+    if (setrlimit(RLIMIT_AS, &limit) != 0) {
+        return 2;
+    }
+    const Refusal refusal = resampleBuffer(60000.0F); // 1.8e9 samples: 7 GB
+    const bool refused = refusal.has_value() && refusal->sentence == kSentence;
+    return refused && sameBits(currentSound(), before) ? 0 : 1;
+}
+
+TEST_F(OutOfMemory, ARealLackOfMemoryIsRefusedJustSo) {
+    EXPECT_EXIT(std::_Exit(underALimit()), testing::ExitedWithCode(0), "");
+}
+
+} // namespace
+} // namespace zemo::test

@@ -1,0 +1,383 @@
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "SavedFiles.h"
+#include "files/AtomicFile.h"
+#include "files/AudioFileWriter.h"
+#include "files_test/SoundChecks.h"
+#include "support/FakePlatform.h"
+
+/// Every system call of a save fails in turn, in every way.
+namespace zemo::test {
+namespace {
+
+constexpr const char* kTarget = "/s/x";
+constexpr long kSignals = 300; ///< in a row, where a call is interrupted "for good"
+
+/// Four errors, and from a write one byte or none.
+constexpr std::array<long, 6> kAnswers{-ENOSPC, -EIO, -EINTR,
+                                       -EDQUOT, 1,    FakeFileOperations::kTakesNothing};
+
+const Bytes& oldFile() {
+    static const Bytes bytes = counting(77);
+    return bytes;
+}
+
+/// How a sound is saved: by which function, as which kind of file.
+struct Way {
+    const char* name;
+    const char* extension;
+    bool fromCopy;
+};
+constexpr std::array kWays{Way{"caf", ".caf", true}, Way{"aif", ".aif", true},
+                           Way{"caf without a copy", ".caf", false}};
+
+void PrintTo(const Way& way, std::ostream* out) {
+    *out << way.name;
+}
+
+std::string targetOf(const Way& way) {
+    return std::string(kTarget) + way.extension;
+}
+
+const std::vector<float>& sound() {
+    static const std::vector<float> samples{0.25F, -0.5F, 1.0F};
+    return samples;
+}
+
+Bytes newFile(const Way& way) {
+    const std::vector<std::uint32_t> words{0x3E800000, 0xBF000000, 0x3F800000, 0, 0};
+    return way.extension == std::string(".caf") ? expectedCaf(words) : expectedAiffC(words);
+}
+
+bool save(const Way& way) {
+    if (!way.fromCopy) {
+        return saveSound(FileUrl(targetOf(way)));
+    }
+    SoundCopy copy = SoundCopy::take();
+    return saveAsAudioFile(FileUrl(targetOf(way)), copy.bytes());
+}
+
+/// A save over an old file, and what is found wrong around it.
+struct Scene {
+    explicit Scene(const Way& way) : way_(way) {
+        platform.launch(48000.0);
+        loadSound(sound());
+        platform.files.files[targetOf(way)] = oldFile();
+    }
+
+    /// All that is not as it must be, when the target has to hold `target`.
+    std::string faults(const Bytes& target) const {
+        std::string found;
+        if (platform.files.files.at(targetOf(way_)) != target) {
+            found += " the target;";
+        }
+        if (platform.files.files.size() != 1) {
+            found += " a temporary file;";
+        }
+        if (platform.operations.openDescriptors() != 0) {
+            found += " an open descriptor;";
+        }
+        if (currentSound() != sound() || !slackIsZero()) {
+            found += " the sound;";
+        }
+        return found.empty() ? "all is well" : "wrong:" + found;
+    }
+
+    FakePlatform platform;
+
+private:
+    Way way_;
+};
+
+/// Says on standard error what it is told, and what is wrong at that moment.
+class Witness final : public platform::Alert {
+public:
+    Witness(const Scene& scene, Bytes target) : scene_(scene), target_(std::move(target)) {}
+    void runCritical(const std::string& title, const std::string& message,
+                     const std::string& button) override {
+        std::string line = title + "|" + message + "|" + button + "|" + scene_.faults(target_);
+        std::replace(line.begin(), line.end(), '\n', ' ');
+        std::fprintf(stderr, "%s\n", line.c_str());
+    }
+
+private:
+    const Scene& scene_;
+    Bytes target_;
+};
+
+/// The names of a save's calls in their order.
+std::vector<std::string> callsOfASave(const Way& way) {
+    Scene scene(way);
+    EXPECT_TRUE(save(way));
+    return scene.platform.operations.calls;
+}
+
+/// One failure: the call with that index gives the answer, once or for good (that is, every later
+/// call of the same name as well).
+struct Failure {
+    std::string call;
+    std::size_t index = 0;
+    long answer = 0;
+    bool forGood = false;
+
+    std::string description() const {
+        return call + " " + std::to_string(index) + " answers " + std::to_string(answer) +
+               (forGood ? " for good" : " once");
+    }
+};
+
+/// A signal is not a failure; to be interrupted for good is to be interrupted kSignals times.
+auto injectorOf(const Failure& failure) {
+    return [failure, times = 0L](const std::string& call, std::size_t index) mutable -> long {
+        const long most = !failure.forGood ? 1 : failure.answer == -EINTR ? kSignals : LONG_MAX;
+        if (call != failure.call || index < failure.index || times == most) {
+            return 0;
+        }
+        ++times;
+        return failure.answer;
+    };
+}
+
+enum class End : std::uint8_t { Saved, NotSaved, FormatError, WritingError };
+
+End expectedEnd(const Failure& failure) {
+    if (failure.answer == -EINTR || failure.answer > 0) {
+        return End::Saved;
+    }
+    if (failure.call == "close") {
+        return End::NotSaved;
+    }
+    const bool creates = failure.call == "followLinks" || failure.call == "inspect" ||
+                         failure.call == "create" || failure.call == "setPermissions";
+    return creates ? End::FormatError : End::WritingError;
+}
+
+void expectEnd(const Way& way, const Failure& failure) {
+    Scene scene(way);
+    scene.platform.operations.inject = injectorOf(failure);
+    const End end = expectedEnd(failure);
+    if (end == End::Saved || end == End::NotSaved) {
+        EXPECT_EQ(save(way), end == End::Saved);
+        EXPECT_EQ(scene.faults(end == End::Saved ? newFile(way) : oldFile()), "all is well");
+        EXPECT_TRUE(scene.platform.alert.shown.empty());
+        return;
+    }
+    // A name that is in the folder but perhaps not on the disk: the file is the new one already.
+    Witness witness(scene, failure.call == "syncFolder" ? newFile(way) : oldFile());
+    platform::services().alert = &witness;
+    const long code = failure.answer == FakeFileOperations::kTakesNothing ? EIO : -failure.answer;
+    const std::string operation =
+        end == End::FormatError ? "Format error: " : "File writing error: ";
+    EXPECT_EXIT(save(way), testing::ExitedWithCode(1),
+                "^ZEMO: Error:\\|" + operation + " \\(" + std::to_string(code) +
+                    "\\) Application will quit\\|OK\\|all is well\n$");
+}
+
+class SaveFailure : public testing::TestWithParam<Way> {};
+
+TEST_P(SaveFailure, LeavesTheOldFileOrTheNewOneWholeAndNothingElse) {
+    const auto calls = callsOfASave(GetParam());
+    ASSERT_GE(calls.size(), 9U);
+    int failures = 0;
+    for (std::size_t index = 0; index < calls.size(); ++index) {
+        for (const long answer : kAnswers) {
+            const bool onlyOfWrites = answer == 1 || answer == FakeFileOperations::kTakesNothing;
+            if (onlyOfWrites && calls[index] != "write") {
+                continue;
+            }
+            for (const bool forGood : {false, true}) {
+                const Failure failure{calls[index], index, answer, forGood};
+                SCOPED_TRACE(failure.description());
+                expectEnd(GetParam(), failure);
+                ++failures;
+            }
+        }
+    }
+    EXPECT_GE(failures, static_cast<int>(calls.size()) * 8);
+}
+
+/// Killed at any moment, the program leaves what the folder holds between two calls.
+TEST_P(SaveFailure, BetweenAnyTwoCallsTheTargetIsTheOldFileOrTheNewOneWhole) {
+    Scene scene(GetParam());
+    std::size_t moments = 0;
+    bool isNew = false;
+    scene.platform.operations.inject = [&](const std::string& call, std::size_t) {
+        const Bytes& target = scene.platform.files.files.at(targetOf(GetParam()));
+        isNew = isNew || target == newFile(GetParam());
+        EXPECT_TRUE(target == (isNew ? newFile(GetParam()) : oldFile())) << call;
+        ++moments;
+        return call == "write" && moments % 2 == 0 ? 1L : 0L;
+    };
+    EXPECT_TRUE(save(GetParam()));
+    EXPECT_GT(moments, 9U);
+}
+
+TEST_P(SaveFailure, WhereNothingCanBeRemovedOnlyAHiddenFileIsLeft) {
+    Scene scene(GetParam());
+    Witness witness(scene, oldFile());
+    platform::services().alert = &witness;
+    scene.platform.operations.inject = [](const std::string& call, std::size_t) -> long {
+        return call == "sync" || call == "remove" ? -EIO : 0;
+    };
+    EXPECT_EXIT(save(GetParam()), testing::ExitedWithCode(1),
+                "File writing error:  \\(5\\).*\\|wrong: a temporary file;\n$");
+}
+
+TEST_P(SaveFailure, TheNextSaveWorks) {
+    Scene scene(GetParam());
+    scene.platform.operations.inject = [](const std::string& call, std::size_t) -> long {
+        return call == "close" ? -EIO : 0;
+    };
+    EXPECT_FALSE(save(GetParam()));
+    scene.platform.operations.inject = nullptr;
+    EXPECT_TRUE(save(GetParam()));
+    EXPECT_EQ(scene.faults(newFile(GetParam())), "all is well");
+}
+
+TEST_P(SaveFailure, ATargetThatIsNotARegularFileIsRefused) {
+    Scene scene(GetParam());
+    scene.platform.operations.statuses[targetOf(GetParam())] = {.exists = true, .isWritable = true};
+    Witness witness(scene, oldFile());
+    platform::services().alert = &witness;
+    EXPECT_EXIT(save(GetParam()), testing::ExitedWithCode(1),
+                "Format error:  \\(22\\).*\\|all is well\n$");
+}
+
+TEST_P(SaveFailure, ATargetThatMayNotBeWrittenIsRefused) {
+    Scene scene(GetParam());
+    scene.platform.operations.statuses[targetOf(GetParam())] = {.exists = true, .isRegular = true};
+    Witness witness(scene, oldFile());
+    platform::services().alert = &witness;
+    EXPECT_EXIT(save(GetParam()), testing::ExitedWithCode(1),
+                "Format error:  \\(13\\).*\\|all is well\n$");
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, SaveFailure, testing::ValuesIn(kWays), [](const auto& test) {
+    std::string name = test.param.name;
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name;
+});
+
+TEST(CheckedSave, TheFailureIsOnStandardErrorAndStandardOutputToo) {
+    Scene scene(kWays[0]);
+    scene.platform.operations.inject = [](const std::string& call, std::size_t) -> long {
+        return call == "write" ? -ENOSPC : 0;
+    };
+    /// Hands the trace over to the test, which does not see the ending process's memory.
+    class Relay final : public platform::TraceLog {
+        void print(std::string_view text) override { show("out", text); }
+        void printError(std::string_view text) override { show("err", text); }
+        void log(std::string_view) override {}
+        static void show(const char* where, std::string_view text) {
+            std::fprintf(stderr, "%s<%.*s>", where, static_cast<int>(text.size()), text.data());
+        }
+    } relay;
+    platform::services().trace = &relay;
+    EXPECT_EXIT(save(kWays[0]), testing::ExitedWithCode(1),
+                "^err<Error: File writing error:  \\(28\\)\n>"
+                "out<File writing error:  \\(28\\)\nApplication will quit\n>$");
+}
+
+// A file of many blocks ---------------------------------------------------------------------
+
+class ManyBlocks : public testing::Test {
+protected:
+    ManyBlocks() : body(std::size_t{9} << 20) {
+        std::size_t i = 0;
+        for (std::byte& byte : body) {
+            byte = static_cast<std::byte>(i++ % 251);
+        }
+        platform.files.files[kTarget] = oldFile();
+    }
+
+    WriteOutcome write() { return writeAtomically(kTarget, head, body); }
+
+    bool holdsTheNewFile() {
+        const Bytes& found = platform.files.files.at(kTarget);
+        return found.size() == head.size() + body.size() &&
+               std::memcmp(found.data(), head.data(), head.size()) == 0 &&
+               std::memcmp(found.data() + head.size(), body.data(), body.size()) == 0;
+    }
+
+    FakePlatform platform;
+    const Bytes head = counting(68);
+    std::vector<std::byte> body;
+};
+
+TEST_F(ManyBlocks, ADiskThatFillsUpAtAnyWriteLeavesTheOldFile) {
+    ASSERT_TRUE(write().done());
+    const auto calls = platform.operations.calls;
+    const auto writes = std::count(calls.begin(), calls.end(), "write");
+    ASSERT_GE(writes, 4);
+    for (long full = 0; full < writes; ++full) {
+        platform.files.files = {{kTarget, oldFile()}};
+        platform.operations.inject = [&, left = full](const std::string& call,
+                                                      std::size_t) mutable -> long {
+            return call == "write" && left-- <= 0 ? -ENOSPC : 0;
+        };
+        EXPECT_EQ(write().writeError, ENOSPC);
+        EXPECT_EQ(platform.files.files, (std::map<std::string, Bytes>{{kTarget, oldFile()}}));
+    }
+}
+
+TEST_F(ManyBlocks, WritesOfAnyLengthGiveTheSameFile) {
+    for (const long most : {4096L, 65537L, 1000003L, 5'000'000L}) {
+        platform.operations.inject = [&](const std::string& call, std::size_t) {
+            return call == "write" ? most : 0;
+        };
+        EXPECT_TRUE(write().done());
+        EXPECT_TRUE(holdsTheNewFile()) << most;
+    }
+}
+
+TEST_F(ManyBlocks, ASignalBeforeEveryCallChangesNothing) {
+    bool interrupt = false;
+    platform.operations.inject = [&](const std::string& call, std::size_t) -> long {
+        interrupt = !interrupt && call != "close";
+        return interrupt ? -EINTR : 0;
+    };
+    EXPECT_TRUE(write().done());
+    EXPECT_TRUE(holdsTheNewFile());
+}
+
+TEST_F(ManyBlocks, AnInterruptedCloseIsNotRepeated) {
+    platform.operations.inject = [](const std::string& call, std::size_t) -> long {
+        return call == "close" ? -EINTR : 0;
+    };
+    EXPECT_TRUE(write().done());
+    const auto& calls = platform.operations.calls;
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "close"), 1);
+}
+
+TEST_F(ManyBlocks, AHundredTakenNamesAreGivenUp) {
+    platform.operations.inject = [](const std::string& call, std::size_t) -> long {
+        return call == "create" ? -EEXIST : 0;
+    };
+    EXPECT_EQ(write().createError, EEXIST);
+    const auto& calls = platform.operations.calls;
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "create"), 100);
+}
+
+TEST_F(ManyBlocks, AFileWithoutAnythingInItIsAFileToo) {
+    EXPECT_TRUE(writeAtomically(kTarget, {}, {}).done());
+    EXPECT_EQ(platform.files.files.at(kTarget), Bytes());
+}
+
+TEST_F(ManyBlocks, AFileThatIsNotFinishedIsTakenAway) {
+    {
+        AtomicFile file;
+        ASSERT_EQ(file.create(kTarget), 0);
+        ASSERT_EQ(file.write(body.data(), 10), 0);
+        EXPECT_EQ(platform.files.files.size(), 2U);
+    }
+    EXPECT_EQ(platform.files.files, (std::map<std::string, Bytes>{{kTarget, oldFile()}}));
+    EXPECT_EQ(platform.operations.openDescriptors(), 0U);
+}
+
+} // namespace
+} // namespace zemo::test

@@ -6,6 +6,12 @@
 namespace zemo {
 
 SegmentedControl::SegmentedControl(QWidget* parent) : QWidget(parent) {
+    // A segment that is on is to be told from the others in dark palettes too.
+    setStyleSheet("QPushButton { padding: 5px 10px; border: 1px solid palette(mid);"
+                  " border-radius: 4px; background: palette(button); }"
+                  "QPushButton:checked { background: palette(highlight);"
+                  " color: palette(highlighted-text); }"
+                  "QPushButton:focus { border: 1px solid palette(text); }");
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(2);

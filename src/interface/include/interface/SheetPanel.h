@@ -20,6 +20,8 @@ public:
     void reject() override;
 
 private:
+    void keepTextsWhole();
+
     QAbstractButton* cancelButton_ = nullptr;
 };
 

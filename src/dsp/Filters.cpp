@@ -20,7 +20,7 @@ constexpr std::array kTwoPoleSets{
 };
 
 constexpr double kFirGain = 49.99849746;
-constexpr int kFirCentre = 256;
+constexpr std::size_t kFirCentre = 256;
 /// A sinc under a Gaussian window: the cut-off (of the sample rate) and the window's exponent at
 /// the ends are those for which the taps sum to kFirGain and the outermost are -1.33008e-5.
 constexpr double kFirCutOff = 0.010000134335136331;
@@ -30,13 +30,13 @@ constexpr double kFirCentreTap = 0.9999997;
 std::array<float, 513> makeFirTable() {
     std::array<float, 513> table{};
     table[kFirCentre] = static_cast<float>(kFirCentreTap);
-    for (int n = 1; n <= kFirCentre; ++n) {
-        const double angle = 2.0 * std::numbers::pi * kFirCutOff * n;
-        const double place = static_cast<double>(n) / kFirCentre;
+    for (std::size_t n = 1; n <= kFirCentre; ++n) {
+        const double angle = 2.0 * std::numbers::pi * kFirCutOff * static_cast<double>(n);
+        const double place = static_cast<double>(n) / static_cast<double>(kFirCentre);
         const double tap =
             kFirCentreTap * std::sin(angle) / angle * std::exp(-kFirWindow * place * place);
-        table[static_cast<std::size_t>(kFirCentre - n)] = static_cast<float>(tap);
-        table[static_cast<std::size_t>(kFirCentre + n)] = static_cast<float>(tap);
+        table[kFirCentre - n] = static_cast<float>(tap);
+        table[kFirCentre + n] = static_cast<float>(tap);
     }
     return table;
 }

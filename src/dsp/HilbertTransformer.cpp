@@ -11,24 +11,25 @@ namespace zemo {
 namespace {
 
 constexpr std::size_t kTaps = 513;
-constexpr int kCentre = 256;
+constexpr std::size_t kCentre = 256;
 
 /// The tap at an odd offset before the centre, to ten decimals. The first one is the formula's
 /// 0.99996536285 rounded up: the tables have always had it so.
-double tapBeforeCentre(int offset) {
+double tapBeforeCentre(std::size_t offset) {
     if (offset == 1) {
         return 0.9999653629;
     }
-    const double window = 0.54 + 0.46 * std::cos(std::numbers::pi * offset / kCentre);
-    return std::round(window / offset * 1e10) / 1e10;
+    const auto k = static_cast<double>(offset);
+    const double window = 0.54 + 0.46 * std::cos(std::numbers::pi * k / kCentre);
+    return std::round(window / k * 1e10) / 1e10;
 }
 
 template <typename Number, std::size_t Size> std::array<Number, Size> makeTable() {
     std::array<Number, Size> table{};
-    for (int offset = 1; offset < kCentre; offset += 2) {
+    for (std::size_t offset = 1; offset < kCentre; offset += 2) {
         const auto tap = static_cast<Number>(tapBeforeCentre(offset));
-        table[static_cast<std::size_t>(kCentre - offset)] = tap;
-        table[static_cast<std::size_t>(kCentre + offset)] = -tap;
+        table[kCentre - offset] = tap;
+        table[kCentre + offset] = -tap;
     }
     return table;
 }

@@ -125,7 +125,7 @@ Refusal pmRefusal(float lpf) {
 }
 
 Refusal pmBuffer(float cf, float index, float lpf) {
-    if (const Refusal refusal = pmRefusal(lpf)) {
+    if (Refusal refusal = pmRefusal(lpf)) {
         return refusal;
     }
     const auto sound = soundSamples();

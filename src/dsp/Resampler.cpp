@@ -111,7 +111,7 @@ Refusal resampleBuffer(float ratio) {
         trace.log("Nothing to resample");
         return std::nullopt;
     }
-    if (const Refusal refusal = resampleRefusal(ratio)) {
+    if (Refusal refusal = resampleRefusal(ratio)) {
         return refusal;
     }
     const std::int32_t newCount = dsp::resampledLength(count, ratio, R);

@@ -12,7 +12,7 @@ namespace {
 constexpr double kTurn = 6.283185307179586;
 
 float step(float cf, double rate) {
-    const double hertz = cf;
+    const auto hertz = static_cast<double>(cf);
     const double radians = hertz * kTurn;
     return static_cast<float>(radians / rate);
 }

@@ -1,11 +1,13 @@
 """What zemo-batch says and does: batch_program_test.py ZEMO_BATCH"""
 
+import array
 import math
 import os
 import random
 import struct
 
-from batch import SPECIALS, BatchTest, caf, floats_of, main, random_words, rounded, words_of
+from batch import (SPECIALS, BatchTest, caf, caf_head, floats_of, main, random_words, rounded,
+                   words_of)
 
 
 def said(result):
@@ -152,6 +154,14 @@ class Saving(BatchTest):
         self.write("x.caf", caf(48000.0, [0.5, 0.25]))
         self.done("open", "x.caf", "save", "x.caf")
         self.assertEqual(self.content("x.caf"), caf(48000.0, [0.5, 0.25, 0, 0]))
+
+    def test_a_large_sound_is_saved_whole(self):
+        source = random.Random(1)
+        mebibyte = array.array("f", [source.uniform(-0.5, 0.5) for _ in range(1 << 18)]).tobytes()
+        data = mebibyte * 150
+        self.write("in.f32", data)
+        self.done("open", "in.f32", "save", "x.caf")
+        self.assertTrue(self.content("x.caf") == caf_head(44100.0, len(data) + 8) + data + bytes(8))
 
     def test_of_no_sound_fails(self):
         result = self.batch("save", "x.caf")

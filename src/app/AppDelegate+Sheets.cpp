@@ -52,7 +52,7 @@ template <typename Number>
 Number clampInField(QLineEdit* field, Number value, Number low, Number high) {
     const Number used = !(value >= low) ? low : std::min(value, high);
     if (!(used == value)) {
-        field->setText(QString::number(used));
+        field->setText(QString::number(static_cast<double>(used)));
     }
     return used;
 }

@@ -1,7 +1,6 @@
 #include "batch/BatchProgram.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "batch/StepRunner.h"
 #include "files/AudioFile.h"
@@ -35,7 +34,7 @@ double rateOfFirstAudioFile(const std::vector<Step>& steps) {
         }
         const auto file = AudioFile::open(open->file);
         const double rate = file ? file.value().dataFormat().mSampleRate : 0.0;
-        return std::isfinite(rate) && rate > 0.0 ? rate : kDefaultRate;
+        return rate >= kLowestRate && rate <= kHighestRate ? rate : kDefaultRate;
     }
     return kDefaultRate;
 }

@@ -1,6 +1,5 @@
 #include "batch/CommandLine.h"
 
-#include <cmath>
 #include <map>
 
 #include "TransformationSteps.h"
@@ -106,7 +105,7 @@ const std::map<std::string, StepParser>& stepParsers() {
 
 bool parseRate(Words& words, std::optional<double>& rate) {
     double hertz = 0.0;
-    if (!parseNumber(words.take(), hertz) || !std::isfinite(hertz) || hertz < 1.0 || hertz > 1e6) {
+    if (!parseNumber(words.take(), hertz) || !(hertz >= kLowestRate && hertz <= kHighestRate)) {
         words.complaint = "--rate needs a number of hertz from 1 to 1000000.";
         return false;
     }

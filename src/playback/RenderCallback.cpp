@@ -59,6 +59,7 @@ private:
     void clearPlaying() noexcept;
     void publishLevel() noexcept;
     void endCall() noexcept;
+    void endSteadyCall() noexcept;
     void endSilentCall() noexcept;
     void endFadeOut() noexcept;
     void moveTo(RampState next) noexcept;
@@ -173,14 +174,19 @@ void RenderCall::endCall() noexcept {
     case FadeIn:
         return moveTo(Steady);
     case Steady:
-        if (sound_.count() - total_ < static_cast<std::int64_t>(2U * frames_)) {
-            moveTo(FadeOut);
-        }
-        return;
+        return endSteadyCall();
     case FadeOut:
         return endFadeOut();
     default:
         return;
+    }
+}
+
+/// Twice the call's frames, in 32 bits.
+void RenderCall::endSteadyCall() noexcept {
+    const std::uint32_t twoCalls = 2U * frames_;
+    if (sound_.count() - total_ < std::int64_t{twoCalls}) {
+        moveTo(FadeOut);
     }
 }
 

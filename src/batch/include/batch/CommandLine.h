@@ -83,6 +83,10 @@ struct InfoStep {};
 using Step = std::variant<OpenStep, ResampleStep, AmStep, FmStep, HdStep, RevertStep, SaveStep,
                           DumpStep, RenderStep, PlayStep, InfoStep>;
 
+/// The rates that an output may have, in hertz.
+inline constexpr double kLowestRate = 1.0;
+inline constexpr double kHighestRate = 1e6;
+
 struct CommandLine {
     bool help = false;
     bool version = false;

@@ -137,16 +137,5 @@ class Keyboard(BusCase):
         self.assertEqual(self.lines("NOTE ON"), 10000)
 
 
-class Latency(BusCase):
-    period = 256
-
-    def test_the_sound_follows_the_note(self):
-        self.launch_with_sound()
-        latency = self.bus.latency(note_on())
-        print(f"note to first sound: {latency * 1000:.1f} ms")
-        self.assertGreater(latency, 0)
-        self.window.wait_for_title(STOP)
-
-
 if __name__ == "__main__":
     case.main()

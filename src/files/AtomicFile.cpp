@@ -10,6 +10,7 @@ namespace zemo {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 22; ///< most bytes a call
+constexpr std::size_t kUnderWay = 4 * kBlock;        ///< most bytes that the disk has yet to take
 constexpr int kMostNames = 100;
 
 std::string folderOf(const std::string& path) {
@@ -107,10 +108,21 @@ int AtomicFile::write(const void* bytes, std::size_t count) {
         count -= static_cast<std::size_t>(taken);
         written_ += static_cast<std::size_t>(taken);
         if (written_ % kBlock == 0) {
-            operations_->beginSync(descriptor_, written_ - kBlock, kBlock);
+            if (const int error = passToDisk(written_ - kBlock)) {
+                return error;
+            }
         }
     }
     return 0;
+}
+
+/// Begins with the block just written and ends with an earlier one, so that a large sound does not
+/// fill the system's memory a second time on its way.
+int AtomicFile::passToDisk(std::size_t block) {
+    operations_->beginSync(descriptor_, block, kBlock);
+    return block < kUnderWay ? 0 : errorOf(uninterrupted([&] {
+        return operations_->finishSync(descriptor_, block - kUnderWay, kBlock);
+    }));
 }
 
 int AtomicFile::flush() {

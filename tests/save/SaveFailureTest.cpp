@@ -287,7 +287,9 @@ TEST(CheckedSave, TheFailureIsOnStandardErrorAndStandardOutputToo) {
 
 class ManyBlocks : public testing::Test {
 protected:
-    ManyBlocks() : body(std::size_t{9} << 20) {
+    static constexpr std::size_t kMebibytes = 25;
+
+    ManyBlocks() : body(kMebibytes << 20) {
         std::size_t i = 0;
         for (std::byte& byte : body) {
             byte = static_cast<std::byte>(i++ % 251);
@@ -322,6 +324,23 @@ TEST_F(ManyBlocks, ADiskThatFillsUpAtAnyWriteLeavesTheOldFile) {
         };
         EXPECT_EQ(write().writeError, ENOSPC);
         EXPECT_EQ(platform.files.files, (std::map<std::string, Bytes>{{kTarget, oldFile()}}));
+    }
+}
+
+TEST_F(ManyBlocks, TheDiskIsNeverMoreThanTwentyMebibytesBehind) {
+    ASSERT_TRUE(write().done());
+    EXPECT_EQ(platform.operations.finished, std::uint64_t{8} << 20);
+}
+
+TEST_F(ManyBlocks, ADiskThatFailsWhileMoreIsWrittenLeavesTheOldFile) {
+    for (const long late : {0L, 1L}) {
+        platform.operations.inject = [left = late](const std::string& call,
+                                                   std::size_t) mutable -> long {
+            return call == "finishSync" && left-- == 0 ? -EIO : 0;
+        };
+        EXPECT_EQ(write().writeError, EIO);
+        EXPECT_EQ(platform.files.files, (std::map<std::string, Bytes>{{kTarget, oldFile()}}));
+        EXPECT_EQ(platform.operations.openDescriptors(), 0U);
     }
 }
 

@@ -210,6 +210,12 @@ long FakeFileOperations::write(int descriptor, const void* bytes, std::size_t co
     return static_cast<long>(taken);
 }
 
+int FakeFileOperations::finishSync(int /*descriptor*/, std::uint64_t from, std::uint64_t bytes) {
+    const long answer = called("finishSync");
+    finished += answer == 0 && from == finished ? bytes : 0;
+    return static_cast<int>(answer);
+}
+
 int FakeFileOperations::sync(int /*descriptor*/) {
     return static_cast<int>(called("sync"));
 }

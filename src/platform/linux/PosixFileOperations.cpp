@@ -85,6 +85,16 @@ void PosixFileOperations::beginSync(int descriptor, std::uint64_t from, std::uin
                                         static_cast<off_t>(bytes), SYNC_FILE_RANGE_WRITE));
 }
 
+int PosixFileOperations::finishSync(int descriptor, std::uint64_t from, std::uint64_t bytes) {
+    const auto offset = static_cast<off_t>(from);
+    const auto length = static_cast<off_t>(bytes);
+    const int result = answer(::sync_file_range(
+        descriptor, offset, length,
+        SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER));
+    static_cast<void>(::posix_fadvise(descriptor, offset, length, POSIX_FADV_DONTNEED));
+    return result == -ENOSYS ? 0 : result; // a kernel without that call: sync does it all
+}
+
 int PosixFileOperations::sync(int descriptor) {
     return answer(::fsync(descriptor));
 }

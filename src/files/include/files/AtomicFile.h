@@ -31,6 +31,7 @@ public:
 
 private:
     int openTemporary(const std::string& folder);
+    int passToDisk(std::size_t block);
 
     platform::FileOperations* operations_ = nullptr;
     std::string target_;

@@ -33,8 +33,13 @@ public:
     virtual int setPermissions(int descriptor, const FileStatus& like) = 0;
     virtual long write(int descriptor, const void* bytes, std::size_t count) = 0; ///< bytes taken
     /// Has the system begin to bring that part of the file to the disk, without waiting for it and
-    /// without an answer: sync gives that.
+    /// without an answer: finishSync or sync gives that.
     virtual void beginSync(int /*descriptor*/, std::uint64_t /*from*/, std::uint64_t /*bytes*/) {}
+    /// Waits until that part, begun before, is on the disk, and gives up the system's own copy of
+    /// it in memory. An error of the disk is answered here, and then not by sync.
+    virtual int finishSync(int /*descriptor*/, std::uint64_t /*from*/, std::uint64_t /*bytes*/) {
+        return 0;
+    }
     virtual int sync(int descriptor) = 0;
     virtual int close(int descriptor) = 0;
     virtual int rename(const std::string& from, const std::string& to) = 0;

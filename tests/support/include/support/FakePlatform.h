@@ -123,12 +123,15 @@ public:
     std::map<std::string, std::string> links;                ///< symbolic links
     std::map<std::string, platform::FileStatus> statuses;    ///< of files that are not plain
     std::map<std::string, platform::FileStatus> permissions; ///< what setPermissions was given
+    std::uint64_t finished =
+        0; ///< bytes that finishSync was given, from the first on without a gap
 
     int followLinks(const std::string& path, std::string& target) override;
     int inspect(const std::string& path, platform::FileStatus& status) override;
     int create(const std::string& path) override;
     int setPermissions(int descriptor, const platform::FileStatus& like) override;
     long write(int descriptor, const void* bytes, std::size_t count) override;
+    int finishSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int sync(int descriptor) override;
     int close(int descriptor) override;
     int rename(const std::string& from, const std::string& to) override;

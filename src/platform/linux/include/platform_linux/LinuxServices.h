@@ -42,6 +42,7 @@ public:
     int setPermissions(int descriptor, const FileStatus& like) override;
     long write(int descriptor, const void* bytes, std::size_t count) override;
     void beginSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
+    int finishSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int sync(int descriptor) override;
     int close(int descriptor) override;
     int rename(const std::string& from, const std::string& to) override;

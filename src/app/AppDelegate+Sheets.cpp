@@ -172,11 +172,6 @@ void AppDelegate::transform(const Refusal& refusal,
     Refusal reason = refusal;
     if (!reason) {
         fallIdle();
-        if (!make_revert(ustruct, fBuffer.load(), fBuffersize.load())) {
-            reason = outOfMemory();
-        }
-    }
-    if (!reason) {
         reason = transformation();
     }
     messages_.drain(*this);
@@ -196,7 +191,12 @@ void AppDelegate::ResampleDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::resample() {
-    transform(resampleRefusal(rvalue), [] { return resampleBuffer(rvalue); });
+    transform(resampleRefusal(rvalue), [this] {
+        if (fBuffersize.load() == 0) {
+            make_revert(ustruct, nullptr, 0); // the copy of no sound
+        }
+        return resampleBuffer(rvalue, &ustruct);
+    });
 }
 
 void AppDelegate::resamplingOkButtonPressed(QObject* /*sender*/) {
@@ -238,16 +238,18 @@ void AppDelegate::AMDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::modulateAmplitude(int segment) {
-    transform(std::nullopt, [segment]() -> Refusal {
+    transform(std::nullopt, [this, segment]() -> Refusal {
         switch (segment) {
         case 0:
-            return amBuffer(amcfvalue, amindexvalue);
+            return amBuffer(amcfvalue, amindexvalue, &ustruct);
         case 1:
-            return ssbmBuffer(false, amcfvalue, amindexvalue);
+            return ssbmBuffer(false, amcfvalue, amindexvalue, &ustruct);
         case 2:
-            return ssbmBuffer(true, amcfvalue, amindexvalue);
-        default:
-            return std::nullopt;
+            return ssbmBuffer(true, amcfvalue, amindexvalue, &ustruct);
+        default: // nothing is modulated, but the copy is taken
+            return make_revert(ustruct, fBuffer.load(), fBuffersize.load())
+                       ? Refusal()
+                       : Refusal(outOfMemory());
         }
     });
 }
@@ -299,7 +301,8 @@ void AppDelegate::modulatePhase() {
     const float lpf = clampInField(fmLpfTextField, floatValue(fmLpfTextField->text()),
                                    dsp::kSlowestEnvelope, dsp::kFastestEnvelope);
     if (doFM) {
-        transform(pmRefusal(lpf), [lpf] { return pmBuffer(fmcfvalue, fmindexvalue, lpf); });
+        transform(pmRefusal(lpf),
+                  [this, lpf] { return pmBuffer(fmcfvalue, fmindexvalue, lpf, &ustruct); });
     }
 }
 
@@ -365,9 +368,9 @@ HdSettings AppDelegate::readHdFields() {
 void AppDelegate::hdOkButtonPressed(QObject* /*sender*/) {
     const HdSettings s = readHdFields();
     if (s.two || s.four) {
-        transform(std::nullopt, [&s] {
+        transform(std::nullopt, [this, &s] {
             return hd(s.two, s.four, s.six, s.attack, s.scale, s.hpSelect, s.slope, s.mix, s.knee,
-                      s.comp);
+                      s.comp, &ustruct);
         });
     }
     if (!isLegacy()) {

@@ -28,6 +28,7 @@ int runWindow(QApplication& application) {
     zemo::platform::PosixFileSystem fileSystem;
     zemo::platform::KernelVersion systemVersion;
     zemo::platform::LinuxMemory memory;
+    zemo::platform::ThreadWorkers workers;
     zemo::platform::SystemTrace trace("zemo");
     zemo::QtAlert alert;
     auto midi = zemo::platform::makeLinuxMidi();
@@ -39,7 +40,8 @@ int runWindow(QApplication& application) {
                                   .midi = midi.get(),
                                   .systemVersion = &systemVersion,
                                   .trace = &trace,
-                                  .memory = &memory};
+                                  .memory = &memory,
+                                  .workers = &workers};
 
     zemo::AppDelegate delegate;
     if (!delegate.loadMainWindow()) {

@@ -58,6 +58,7 @@ int runBatch(const std::vector<std::string>& words) {
     platform::PosixFileSystem fileSystem;
     platform::KernelVersion systemVersion;
     platform::LinuxMemory memory;
+    platform::ThreadWorkers workers;
     platform::SystemTrace trace("zemo-batch");
     BatchAlert alert;
     platform::services() = {.audioOutput = nullptr,
@@ -67,7 +68,8 @@ int runBatch(const std::vector<std::string>& words) {
                             .fileSystem = &fileSystem,
                             .systemVersion = &systemVersion,
                             .trace = &trace,
-                            .memory = &memory};
+                            .memory = &memory,
+                            .workers = &workers};
     std::string complaint;
     const auto line = parseCommandLine(words, complaint);
     if (!line) {

@@ -145,13 +145,7 @@ bool StepRunner::transform(const std::string& step, const Refusal& refusal,
     if (!hasSound(step)) {
         return false;
     }
-    Refusal reason = refusal;
-    if (!reason && !make_revert(undo_, fBuffer.load(), fBuffersize.load())) {
-        reason = outOfMemory();
-    }
-    if (!reason) {
-        reason = transformation();
-    }
+    const Refusal reason = refusal ? refusal : transformation();
     if (reason) {
         complain(step + ": " + reason->sentence);
     }
@@ -160,28 +154,30 @@ bool StepRunner::transform(const std::string& step, const Refusal& refusal,
 
 bool StepRunner::operator()(const ResampleStep& step) {
     return transform("resample", resampleRefusal(step.ratio),
-                     [&] { return resampleBuffer(step.ratio); });
+                     [&] { return resampleBuffer(step.ratio, &undo_); });
 }
 
 bool StepRunner::operator()(const AmStep& step) {
     if (step.kind == AmStep::Kind::Am) {
-        return transform("am", kNeverRefused, [&] { return amBuffer(step.frequency, step.index); });
+        return transform("am", kNeverRefused,
+                         [&] { return amBuffer(step.frequency, step.index, &undo_); });
     }
     const bool upper = step.kind == AmStep::Kind::SsbUpper;
     return transform(upper ? "ssb-upper" : "ssb-lower", kNeverRefused,
-                     [&] { return ssbmBuffer(upper, step.frequency, step.index); });
+                     [&] { return ssbmBuffer(upper, step.frequency, step.index, &undo_); });
 }
 
 bool StepRunner::operator()(const FmStep& step) {
-    return transform("fm", pmRefusal(step.envelopeRate),
-                     [&] { return pmBuffer(step.frequency, step.index, step.envelopeRate); });
+    return transform("fm", pmRefusal(step.envelopeRate), [&] {
+        return pmBuffer(step.frequency, step.index, step.envelopeRate, &undo_);
+    });
 }
 
 bool StepRunner::operator()(const HdStep& step) {
     const HdSettings& s = step.settings;
     return transform("hd", kNeverRefused, [&] {
         return hd(s.two, s.four, s.six, s.attack, s.scale, s.hpSelect, s.slope, s.mix, s.knee,
-                  s.comp);
+                  s.comp, &undo_);
     });
 }
 

@@ -1,6 +1,8 @@
 #include "dsp/AmplitudeModulation.h"
 
+#include "dsp/Pieces.h"
 #include "dsp/SineTerms.h"
+#include "dsp/kernels/Carriers.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
 
@@ -10,18 +12,17 @@ namespace dsp {
 void amplitudeModulate(std::span<const float> input, std::span<float> output, float frequency,
                        float index, double rate) {
     const float step = phaseStep(frequency, rate);
-    for (std::size_t i = 0; i < input.size(); ++i) {
-        const float sine = sineOf(wrappedOnce(static_cast<float>(i) * step));
-        const float x = input[i];
-        output[i] = (1.0F - index) * x + index * x * sine;
-    }
+    forEachStretch(input.size(), kCarrierStretch, [&](std::size_t first, std::size_t count) {
+        amplitudeModulateStretch(input.data() + first, output.data() + first, first, count, step,
+                                 index);
+    });
 }
 
 } // namespace dsp
 
-Refusal amBuffer(float cf, float index) {
+Refusal amBuffer(float cf, float index, undo_struct* undo) {
     const auto sound = soundSamples();
-    return replaceSound(fBuffersize.load(), kSlackSamples, [&](std::span<float> result) {
+    return replaceSound(fBuffersize.load(), kSlackSamples, undo, [&](std::span<float> result) {
         dsp::amplitudeModulate(sound, result, cf, index, R);
     });
 }

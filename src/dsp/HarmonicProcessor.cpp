@@ -122,7 +122,7 @@ void addHarmonics(std::span<const float> input, std::span<float> output, const H
 } // namespace dsp
 
 Refusal hd(bool two, bool four, bool six, std::int32_t attack, bool scale, std::int32_t hpSelect,
-           double slope, float mix, float knee, float comp) {
+           double slope, float mix, float knee, float comp, undo_struct* undo) {
     platform::TraceLog& trace = *platform::services().trace;
     if (two) {
         trace.print("TWO\n");
@@ -135,7 +135,7 @@ Refusal hd(bool two, bool four, bool six, std::int32_t attack, bool scale, std::
     }
     const HdSettings settings{two, four, six, attack, scale, hpSelect, slope, mix, knee, comp};
     const auto sound = soundSamples();
-    return replaceSound(fBuffersize.load(), kSlackSamples, [&](std::span<float> result) {
+    return replaceSound(fBuffersize.load(), kSlackSamples, undo, [&](std::span<float> result) {
         dsp::addHarmonics(sound, result, settings, xv, yv);
     });
 }

@@ -1,9 +1,12 @@
 #include "dsp/PhaseModulation.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
+#include "dsp/Pieces.h"
 #include "dsp/SineTerms.h"
+#include "dsp/kernels/Carriers.h"
 #include "platform/Format.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
@@ -14,19 +17,18 @@ namespace zemo {
 namespace dsp {
 namespace {
 
-/// The sum of a block's squares; from the input's last sample on it is set to 0, so that the
-/// envelope closes.
-float blockSum(std::span<const float> input, std::int64_t start, std::int64_t blockLength) {
-    const auto count = static_cast<std::int64_t>(input.size());
-    if (start + blockLength > count - 1) {
-        return 0.0F;
+/// Blocks that are summed side by side: each sum waits for itself only.
+constexpr std::size_t kBlocksAtOnce = 8;
+
+/// The sums of the squares of `blocks` blocks, one behind the other, each in its samples' order.
+void sumSquares(const float* samples, std::size_t blockLength, std::size_t blocks, float* sums) {
+    std::fill_n(sums, blocks, 0.0F);
+    for (std::size_t j = 0; j < blockLength; ++j) {
+        for (std::size_t block = 0; block < blocks; ++block) {
+            const float x = samples[block * blockLength + j];
+            sums[block] += x * x;
+        }
     }
-    float sum = 0.0F;
-    for (std::int64_t j = start; j < start + blockLength; ++j) {
-        const float x = input[static_cast<std::size_t>(j)];
-        sum += x * x;
-    }
-    return sum;
 }
 
 void normalizeEnvelope(std::vector<EnvelopePoint>& envelope) {
@@ -40,20 +42,45 @@ void normalizeEnvelope(std::vector<EnvelopePoint>& envelope) {
     }
 }
 
-/// One sample of the carrier. Two roundings in the phase, as the sum is written.
-float modulated(std::size_t i, float x, float step, float index) {
-    const float phase = static_cast<float>(i) * step + index * x;
-    return sineOf(wrappedOnce(phase));
+/// A stretch of the sound between two points of the envelope, the level in between by linear
+/// interpolation, or behind the last one, where it is 0.
+struct Segment {
+    std::size_t first = 0;
+    std::size_t end = 0;
+    LevelLine level;
+};
+
+std::vector<Segment> segmentsOf(std::span<const EnvelopePoint> envelope, std::size_t count) {
+    std::vector<Segment> segments;
+    segments.reserve(envelope.size() + 1);
+    std::size_t done = 0;
+    for (std::size_t k = 0; k + 1 < envelope.size(); ++k) {
+        const EnvelopePoint& from = envelope[k];
+        const EnvelopePoint& to = envelope[k + 1];
+        if (to.count <= from.count) {
+            continue; // a point that was left at zero is no successor
+        }
+        done = static_cast<std::size_t>(to.count);
+        segments.push_back(
+            {static_cast<std::size_t>(from.count),
+             done,
+             {from.val, to.val - from.val, static_cast<float>(to.count - from.count)}});
+    }
+    segments.push_back({done, count, {}});
+    return segments;
 }
 
-/// The stretch from one point to the next, the level in between by linear interpolation.
-void modulateStretch(std::span<const float> input, std::span<float> output,
-                     const EnvelopePoint& from, const EnvelopePoint& to, float step, float index) {
-    for (std::int64_t j = from.count; j < to.count; ++j) {
-        const auto i = static_cast<std::size_t>(j);
-        const float level = from.val + static_cast<float>(j - from.count) * (to.val - from.val) /
-                                           static_cast<float>(to.count - from.count);
-        output[i] = modulated(i, input[i], step, index) * level;
+/// The part of the sound from `first` to `end`, through all segments that it touches.
+void modulatePart(std::span<const float> input, std::span<float> output,
+                  std::span<const Segment> segments, const Carrier& carrier, std::size_t first,
+                  std::size_t end) {
+    auto segment = std::upper_bound(segments.begin(), segments.end(), first,
+                                    [](std::size_t i, const Segment& s) { return i < s.end; });
+    for (; first < end; ++segment) {
+        const std::size_t count = std::min(end, segment->end) - first;
+        phaseModulateStretch(input.data() + first, output.data() + first, first, count, carrier,
+                             segment->level, first - segment->first);
+        first += count;
     }
 }
 
@@ -68,13 +95,22 @@ std::int64_t envelopeBlockLength(float lpf, double rate) {
 std::vector<EnvelopePoint> blockEnvelope(std::span<const float> input, std::int64_t blockLength) {
     const auto count = static_cast<std::int64_t>(input.size());
     std::vector<EnvelopePoint> envelope(static_cast<std::size_t>(count / blockLength + 1));
-    std::size_t k = 0;
-    for (std::int64_t start = 0; start < count; start += blockLength, ++k) {
-        const float sum = blockSum(input, start, blockLength);
-        envelope[k] = {.count = start,
-                       .val = std::sqrt(sum) / static_cast<float>(blockLength),
+    const auto length = static_cast<std::size_t>(blockLength);
+    // The block that holds the last sample has a level of 0, so that the envelope closes.
+    const std::size_t whole = input.empty() ? 0 : (input.size() - 1) / length;
+    const std::size_t blocks = (input.size() + length - 1) / length;
+    for (std::size_t k = 0; k < blocks; ++k) {
+        envelope[k] = {.count = static_cast<std::int64_t>(k) * blockLength,
+                       .val = 0.0F,
                        .length = blockLength + 1};
     }
+    forEachStretch(whole, kBlocksAtOnce, [&](std::size_t first, std::size_t few) {
+        std::array<float, kBlocksAtOnce> sums{};
+        sumSquares(input.data() + first * length, length, few, sums.data());
+        for (std::size_t k = 0; k < few; ++k) {
+            envelope[first + k].val = std::sqrt(sums.at(k)) / static_cast<float>(blockLength);
+        }
+    });
     normalizeEnvelope(envelope);
     return envelope;
 }
@@ -82,17 +118,11 @@ std::vector<EnvelopePoint> blockEnvelope(std::span<const float> input, std::int6
 void phaseModulate(std::span<const float> input, std::span<float> output,
                    std::span<const EnvelopePoint> envelope, float frequency, float index,
                    double rate) {
-    const float step = phaseStep(frequency, rate);
-    std::int64_t done = 0;
-    for (std::size_t k = 0; k + 1 < envelope.size(); ++k) {
-        // A point that was left at zero is no successor.
-        modulateStretch(input, output, envelope[k], envelope[k + 1], step, index);
-        done = std::max(done, envelope[k + 1].count);
-    }
-    // From the last point on the envelope is 0.
-    for (auto i = static_cast<std::size_t>(done); i < input.size(); ++i) {
-        output[i] = modulated(i, input[i], step, index) * 0.0F;
-    }
+    const Carrier carrier{phaseStep(frequency, rate), index};
+    const std::vector<Segment> segments = segmentsOf(envelope, input.size());
+    forEachStretch(input.size(), kCarrierStretch, [&](std::size_t first, std::size_t count) {
+        modulatePart(input, output, segments, carrier, first, first + count);
+    });
 }
 
 } // namespace dsp
@@ -124,12 +154,12 @@ Refusal pmRefusal(float lpf) {
                            "The output's rate is below the rate of the envelope."};
 }
 
-Refusal pmBuffer(float cf, float index, float lpf) {
+Refusal pmBuffer(float cf, float index, float lpf, undo_struct* undo) {
     if (Refusal refusal = pmRefusal(lpf)) {
         return refusal;
     }
     const auto sound = soundSamples();
-    return replaceSound(fBuffersize.load(), kSlackSamples, [&](std::span<float> result) {
+    return replaceSound(fBuffersize.load(), kSlackSamples, undo, [&](std::span<float> result) {
         const auto envelope = dsp::blockEnvelope(sound, dsp::envelopeBlockLength(lpf, R));
         if (dbp) {
             traceEnvelope(envelope);

@@ -92,6 +92,9 @@ Refusal resampleRefusal(float ratio) {
         return platform::Error{platform::ErrorCategory::NotSupported, std::nullopt, sentence};
     };
     const std::int64_t count = fBuffersize.load();
+    if (count == 0) {
+        return std::nullopt; // nothing is asked of no sound
+    }
     if (!std::isfinite(ratio) || ratio <= 0.0F) {
         return refuse("The resampling ratio must be a number above 0.");
     }
@@ -104,7 +107,7 @@ Refusal resampleRefusal(float ratio) {
     return std::nullopt;
 }
 
-Refusal resampleBuffer(float ratio) {
+Refusal resampleBuffer(float ratio, undo_struct* undo) {
     platform::TraceLog& trace = *platform::services().trace;
     const std::int64_t count = fBuffersize.load();
     if (count == 0) {
@@ -120,7 +123,7 @@ Refusal resampleBuffer(float ratio) {
     traceGrid("X1", dsp::knotTime(count - 1, R));
     traceGrid("X2", dsp::pointTime(newCount - 1, R, ratio));
     const auto sound = soundSamples();
-    return replaceSound(newCount, 0,
+    return replaceSound(newCount, 0, undo,
                         [&](std::span<float> result) { dsp::resample(sound, result, ratio, R); });
 }
 

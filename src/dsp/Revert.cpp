@@ -10,9 +10,13 @@ bool make_revert(undo_struct& undo, const float* samples, std::int64_t count) {
         return false;
     }
     std::copy_n(samples, count, copy.get());
-    undo.buf = std::move(copy);
-    undo.bufsize = count;
+    make_revert(undo, std::move(copy), count);
     return true;
+}
+
+void make_revert(undo_struct& undo, SampleBlock samples, std::int64_t count) noexcept {
+    undo.buf = std::move(samples);
+    undo.bufsize = count;
 }
 
 /// The blocks change places, which is the same as copying them across. What comes back has no

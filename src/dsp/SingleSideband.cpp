@@ -90,10 +90,10 @@ void singleSideband(std::span<const float> input, std::span<float> output, Sideb
 
 } // namespace dsp
 
-Refusal ssbmBuffer(bool upper, float cf, float index) {
+Refusal ssbmBuffer(bool upper, float cf, float index, undo_struct* undo) {
     const auto sound = soundSamples();
     const std::span<double, 513> delayLine(hilbert_xv.data(), 513);
-    return replaceSound(fBuffersize.load(), kSlackSamples, [&](std::span<float> result) {
+    return replaceSound(fBuffersize.load(), kSlackSamples, undo, [&](std::span<float> result) {
         dsp::singleSideband(sound, result, upper ? dsp::Sideband::Upper : dsp::Sideband::Lower, cf,
                             index, R, delayLine);
     });

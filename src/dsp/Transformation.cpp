@@ -11,9 +11,9 @@ std::span<const float> soundSamples() {
     return {fBuffer.load(), static_cast<std::size_t>(fBuffersize.load())};
 }
 
-Refusal replaceSound(std::int64_t count, std::int64_t slack,
+Refusal replaceSound(std::int64_t count, std::int64_t slack, undo_struct* undo,
                      const std::function<void(std::span<float>)>& kernel) {
-    SampleBlock samples = allocateSamples(count);
+    SampleBlock samples = allocateUnsetSamples(count);
     if (samples == nullptr) {
         return outOfMemory();
     }
@@ -22,7 +22,10 @@ Refusal replaceSound(std::int64_t count, std::int64_t slack,
     } catch (const std::bad_alloc&) {
         return outOfMemory();
     }
-    replaceBuffer(std::move(samples), count, slack);
+    swapBuffer(samples, count, slack);
+    if (undo != nullptr) {
+        make_revert(*undo, std::move(samples), count);
+    }
     return std::nullopt;
 }
 

@@ -54,7 +54,8 @@ qt='Q[A-Z][A-Za-z0-9]*'
 rule platform "platform" "$locks|thread" platform/include platform/*.cpp platform/*.h
 rule playback "platform playback" "$locks|$slow" playback
 rule files "platform playback files" "$locks|$slow" files
-rule dsp "platform playback dsp" "$locks|$slow" dsp
+rule dsp "platform playback dsp" "$locks|$slow" dsp/*.cpp dsp/include
+rule "the vector kernels" "platform playback dsp system" "$locks|$slow|$devices|$qt" dsp/kernels
 rule midi "platform playback midi" "$locks|$slow" midi
 rule "the meter's geometry" "meter" "$locks|$slow" \
     meter/LevelMeterGeometry.cpp meter/include/meter/LevelMeterGeometry.h

@@ -52,6 +52,12 @@ refused playback/A.cpp '#include "QString"'
 refused playback/A.cpp '#include "unistd.h"'
 accepted playback/A.cpp '// #include <QString> would be wrong here'
 
+# The vector library is for the kernels alone.
+refused dsp/A.cpp '#include <hwy/highway.h>'
+accepted dsp/kernels/A.cpp '#include <hwy/highway.h>'
+refused dsp/kernels/A.cpp '#include <thread>'
+refused dsp/kernels/A.cpp '#include <QString>'
+
 # The operating system is behind the platform's interfaces.
 for header in fcntl.h unistd.h sys/stat.h sys/mman.h stdio.h; do
     refused files/A.cpp "#include <$header>"

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <cstdlib>
 #include <functional>
 #include <new>
@@ -27,6 +28,11 @@ static bool isRefused(std::size_t bytes) {
 extern "C" void* __real_calloc(std::size_t count, std::size_t size);
 extern "C" void* __wrap_calloc(std::size_t count, std::size_t size) {
     return isRefused(count * size) ? nullptr : __real_calloc(count, size);
+}
+
+extern "C" int __real_posix_memalign(void** block, std::size_t alignment, std::size_t bytes);
+extern "C" int __wrap_posix_memalign(void** block, std::size_t alignment, std::size_t bytes) {
+    return isRefused(bytes) ? ENOMEM : __real_posix_memalign(block, alignment, bytes);
 }
 
 void* operator new(std::size_t bytes) {
@@ -111,8 +117,8 @@ TEST_F(OutOfMemory, SsbIsRefusedAndTheSoundAndTheDelayLineStay) {
 }
 
 TEST_F(OutOfMemory, PmIsRefusedAndTheSoundStays) {
-    R = 400.0; // so that the envelope is large
-    EXPECT_EQ(refuseEachBlockInTurn([] { return pmBuffer(44.0F, 1.0F, 32.0F); }), 2);
+    R = 400.0; // so that the envelope and its segments are large
+    EXPECT_EQ(refuseEachBlockInTurn([] { return pmBuffer(44.0F, 1.0F, 32.0F); }), 3);
 }
 
 TEST_F(OutOfMemory, HdIsRefusedAndTheSoundAndTheHighPassStay) {

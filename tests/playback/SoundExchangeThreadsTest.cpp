@@ -31,7 +31,7 @@ struct Heard {
     bool explained = true;
 };
 
-float expectedFrame(int state, int sound, std::size_t i, std::size_t n) {
+float expectedFrame(RampState state, int sound, std::size_t i, std::size_t n) {
     const auto constant = static_cast<float>(sound);
     const auto count = static_cast<float>(n);
     if (state == FadeIn) {
@@ -41,7 +41,7 @@ float expectedFrame(int state, int sound, std::size_t i, std::size_t n) {
 }
 
 /// Whether the frames are this state of this sound, followed by nothing but silence.
-bool isStateOf(int state, int sound, const float* frames, std::size_t n) {
+bool isStateOf(RampState state, int sound, const float* frames, std::size_t n) {
     std::size_t i = 0;
     while (i < n && frames[i] == expectedFrame(state, sound, i, n)) {
         ++i;
@@ -66,7 +66,7 @@ Heard explain(const float* frames, std::size_t n) {
 
 TEST(ExplainedByOneSound, KnowsTheFourStatesAndNothingElse) {
     constexpr std::size_t n = 7;
-    for (const int state : {FadeIn, Steady, FadeOut}) {
+    for (const RampState state : {FadeIn, Steady, FadeOut}) {
         std::array<float, n> frames{};
         for (std::size_t i = 0; i < n; ++i) {
             frames[i] = expectedFrame(state, 1003, i, n);

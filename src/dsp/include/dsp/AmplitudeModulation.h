@@ -19,6 +19,6 @@ void amplitudeModulate(std::span<const float> input, std::span<float> output, fl
 
 /// [main] Amplitude modulation of the sound by a carrier of `cf` hertz. The index is not limited: 0
 /// leaves the sound as it is, 1 is pure ring modulation, above 1 the dry part is inverted.
-Refusal amBuffer(float cf, float index);
+Refusal amBuffer(float cf, float index, undo_struct* undo = nullptr);
 
 } // namespace zemo

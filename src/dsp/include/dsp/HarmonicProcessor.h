@@ -64,6 +64,6 @@ void addHarmonics(std::span<const float> input, std::span<float> output, const H
 /// or NaN: a silent sound with knee 0 or compression 1, or, with `scale`, a result without a
 /// positive sample. docs/DSP.md has them all.
 Refusal hd(bool two, bool four, bool six, std::int32_t attack, bool scale, std::int32_t hpSelect,
-           double slope, float mix, float knee, float comp);
+           double slope, float mix, float knee, float comp, undo_struct* undo = nullptr);
 
 } // namespace zemo

@@ -46,6 +46,6 @@ float clampedEnvelopeRate(float lpf);
 Refusal pmRefusal(float lpf);
 
 /// [main] Replaces the sound by a carrier of `cf` hertz that it modulates in phase.
-Refusal pmBuffer(float cf, float index, float lpf);
+Refusal pmBuffer(float cf, float index, float lpf, undo_struct* undo = nullptr);
 
 } // namespace zemo

@@ -29,11 +29,11 @@ void resample(std::span<const float> input, std::span<float> output, float ratio
 
 } // namespace dsp
 
-/// [any] Why the sound cannot be resampled by `ratio`.
+/// [any] Why the sound cannot be resampled by `ratio`. No sound always can.
 Refusal resampleRefusal(float ratio);
 
 /// [main] Changes the sound's number of samples by `ratio`, the rate as it is: above 1 it plays
 /// longer and lower. Nothing, not even a refusal, when there is no sound.
-Refusal resampleBuffer(float ratio);
+Refusal resampleBuffer(float ratio, undo_struct* undo = nullptr);
 
 } // namespace zemo

@@ -17,6 +17,9 @@ struct undo_struct {
 /// as it was, when there is no memory for it.
 bool make_revert(undo_struct& undo, const float* samples, std::int64_t count);
 
+/// [main] Keeps the block itself as the copy.
+void make_revert(undo_struct& undo, SampleBlock samples, std::int64_t count) noexcept;
+
 /// [main] Exchanges the sound and the copy; nothing when there is no copy. Falls idle first.
 void revert(undo_struct& undo);
 

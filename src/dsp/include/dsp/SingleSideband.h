@@ -23,6 +23,6 @@ void singleSideband(std::span<const float> input, std::span<float> output, Sideb
 
 /// [main] Single-sideband modulation of the sound by a carrier of `cf` hertz, into the upper or the
 /// lower sideband.
-Refusal ssbmBuffer(bool upper, float cf, float index);
+Refusal ssbmBuffer(bool upper, float cf, float index, undo_struct* undo = nullptr);
 
 } // namespace zemo

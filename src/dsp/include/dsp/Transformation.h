@@ -4,6 +4,7 @@
 #include <optional>
 #include <span>
 
+#include "dsp/Revert.h"
 #include "platform/Error.h"
 
 /// What all transformations of the sound have in common.
@@ -15,9 +16,11 @@ using Refusal = std::optional<platform::Error>;
 /// [main] The sound, as the kernels take it.
 std::span<const float> soundSamples();
 
-/// [main] Lets `kernel` make a sound of `count` samples beside the one that is there, and puts it
-/// in its place. Refuses, with the sound as it was, when there is no memory for it.
-Refusal replaceSound(std::int64_t count, std::int64_t slack,
+/// [main] Lets `kernel` make a sound of `count` samples, all of which it must set, beside the one
+/// that is there, and puts it in its place. The one that was there becomes `undo`'s copy, or is
+/// freed where that is null. Refuses, with the sound and the copy as they were, when there is no
+/// memory for it. So do all transformations, with their own `undo`.
+Refusal replaceSound(std::int64_t count, std::int64_t slack, undo_struct* undo,
                      const std::function<void(std::span<float>)>& kernel);
 
 /// [any] The refusal for want of memory.

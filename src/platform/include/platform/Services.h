@@ -11,6 +11,7 @@ class Memory;
 class MidiService;
 class SystemVersion;
 class TraceLog;
+class Workers;
 
 /// The platform as the core sees it. The program's entry point (or a test) puts the
 /// implementations in before anything else runs; they outlive every use.
@@ -23,7 +24,8 @@ struct Services {
     MidiService* midi = nullptr;
     SystemVersion* systemVersion = nullptr;
     TraceLog* trace = nullptr;
-    Memory* memory = nullptr; ///< only gives hints, so it may be absent
+    Memory* memory = nullptr;   ///< only gives hints, so it may be absent
+    Workers* workers = nullptr; ///< absent: the caller's thread does it all
 };
 
 /// [any] The one set of services of this process.

@@ -6,6 +6,7 @@
 #include "platform/Memory.h"
 #include "platform/SystemVersion.h"
 #include "platform/TraceLog.h"
+#include "platform/Workers.h"
 
 namespace zemo::platform {
 
@@ -27,6 +28,16 @@ public:
 class LinuxMemory final : public Memory {
 public:
     void preferLargePages(void* block, std::size_t bytes) override;
+};
+
+class ThreadWorkers final : public Workers {
+public:
+    explicit ThreadWorkers(unsigned count = 0); ///< 0: one for each core, up to 16
+    unsigned count() const override { return count_; }
+    void run(unsigned most, const Work& work) override;
+
+private:
+    unsigned count_;
 };
 
 class PosixFileSystem final : public FileSystem {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <vector>
 
 #include "playback/SharedState.h"
 
@@ -34,33 +33,6 @@ template <typename Number, std::size_t Size> std::array<Number, Size> makeTable(
     return table;
 }
 
-/// Adds the products of a table and `window` to `sum`, in their order.
-template <typename Table> double addProducts(double sum, const Table& table, const double* window) {
-    for (std::size_t j = 0; j < kTaps; ++j) {
-        sum += static_cast<double>(table[j]) * window[j];
-    }
-    return sum;
-}
-
-double response(const double* window, double rate) {
-    double sum = 0.0;
-    if (rate == 44100.0) {
-        sum = addProducts(sum, hilbert_xcoeffs, window);
-    }
-    if (rate == 48000.0) {
-        sum = addProducts(sum, hilbert_xcoeffs48, window);
-    }
-    if (rate == 88200.0) {
-        sum = addProducts(sum, hilbert_xcoeffs88, window);
-    }
-    // The fourth table, too, is for 88200 and not for 96000: at 88.2 kHz the result is doubled, at
-    // 96 kHz it is silence. This is how it sounds, and it stays so.
-    if (rate == 88200.0) {
-        sum = addProducts(sum, hilbert_xcoeffs96, window);
-    }
-    return sum;
-}
-
 } // namespace
 
 std::array<double, 514> hilbert_xv{};
@@ -73,21 +45,33 @@ const std::array<float, 516> hilbert_xcoeffs96 = makeTable<float, 516>();
 double hilbertTransform(double x) {
     std::copy(hilbert_xv.begin() + 1, hilbert_xv.begin() + kTaps, hilbert_xv.begin());
     hilbert_xv[kTaps - 1] = x / HILBERT_GAIN;
-    return response(hilbert_xv.data(), R);
+    const dsp::HilbertTable table = dsp::hilbertTableAt(R);
+    double sum = 0.0;
+    for (int pass = 0; pass < table.passes; ++pass) {
+        for (std::size_t j = 0; j < kTaps; ++j) {
+            sum += table.taps[j] * hilbert_xv[j];
+        }
+    }
+    return sum;
 }
 
-void dsp::hilbertTransform(std::span<const double> input, std::span<double> output, double rate,
-                           std::span<double, 513> delayLine) {
-    // The line, then the input: the window of sample i begins at i + 1.
-    std::vector<double> line(delayLine.begin(), delayLine.end());
-    line.reserve(kTaps + input.size());
-    for (const double x : input) {
-        line.push_back(x / HILBERT_GAIN);
+dsp::HilbertTable dsp::hilbertTableAt(double rate) {
+    HilbertTable table;
+    if (rate == 44100.0) {
+        std::copy_n(hilbert_xcoeffs.begin(), kTaps, table.taps.begin());
+        table.passes = 1;
     }
-    for (std::size_t i = 0; i < input.size(); ++i) {
-        output[i] = response(line.data() + i + 1, rate);
+    if (rate == 48000.0) {
+        std::copy_n(hilbert_xcoeffs48.begin(), kTaps, table.taps.begin());
+        table.passes = 1;
     }
-    std::copy(line.end() - kTaps, line.end(), delayLine.begin());
+    // The fourth table, too, is for 88200 and not for 96000: at 88.2 kHz the result is doubled, at
+    // 96 kHz it is silence. This is how it sounds, and it stays so. The two tables are the same.
+    if (rate == 88200.0) {
+        std::copy_n(hilbert_xcoeffs88.begin(), kTaps, table.taps.begin());
+        table.passes = 2;
+    }
+    return table;
 }
 
 } // namespace zemo

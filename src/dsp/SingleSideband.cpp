@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <atomic>
+#include <memory>
 #include <vector>
 
 #include "dsp/HilbertTransformer.h"
+#include "dsp/Pieces.h"
 #include "dsp/SineTerms.h"
+#include "dsp/kernels/Sideband.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
 
@@ -14,78 +17,104 @@ namespace zemo {
 namespace dsp {
 namespace {
 
-constexpr std::size_t kDelay = 256;   ///< of the Hilbert transformer's centre, in samples
-constexpr std::size_t kBlock = 16384; ///< samples that are transformed together
-
-/// One sample of the sideband after the other.
-class Modulator {
-public:
-    Modulator(std::span<const float> input, Sideband sideband, float frequency, double rate)
-        : input_(input),
-          sideband_(sideband),
-          step_(kTwoPi * static_cast<double>(frequency) / rate) {}
-
-    /// The phase steps before it is used, and is set back after it.
-    double next(std::size_t i, double quadrature) {
-        phase_ += step_;
-        const double delayed = i >= kDelay ? static_cast<double>(input_[i - kDelay]) : 0.0;
-        const double inPhase = delayed * std::cos(phase_);
-        const double outOfPhase = quadrature * std::sin(phase_);
-        if (phase_ >= kTwoPi) {
-            phase_ -= kTwoPi;
-        }
-        return sideband_ == Sideband::Upper ? inPhase - outOfPhase : inPhase + outOfPhase;
-    }
-
-private:
-    std::span<const float> input_;
-    Sideband sideband_;
-    double step_;
-    double phase_ = 0.0;
-};
-
-void modulate(std::span<const float> input, std::span<double> wet, Modulator modulator, double rate,
-              std::span<double, 513> delayLine) {
-    std::vector<double> quadrature(std::min(kBlock, input.size()));
-    std::vector<double> block(quadrature.size());
-    for (std::size_t start = 0; start < input.size(); start += kBlock) {
-        const std::size_t count = std::min(kBlock, input.size() - start);
-        const auto part = input.subspan(start, count);
-        std::copy(part.begin(), part.end(), block.begin());
-        hilbertTransform(std::span(block).first(count), std::span(quadrature).first(count), rate,
-                         delayLine);
-        for (std::size_t i = 0; i < count; ++i) {
-            wet[start + i] = modulator.next(start + i, quadrature[i]);
-        }
+void raise(std::atomic<double>& peak, double value) {
+    double seen = peak.load();
+    while (value > seen && !peak.compare_exchange_weak(seen, value)) {
     }
 }
 
-/// What every wet sample is divided by: its peak, where that exceeds full scale.
-double divisorFor(std::span<const double> wet) {
-    double peak = 1.0;
-    for (const double sample : wet) {
-        if (std::fabs(sample) > peak) {
-            peak = std::fabs(sample);
+/// The chunks of one run, on all workers.
+class Modulation {
+public:
+    explicit Modulation(const SidebandRun& run)
+        : run_(run),
+          chunks_((run.count + kSidebandChunk - 1) / kSidebandChunk),
+          phaseBefore_(chunks_ + 1),
+          scratch_(workersFor(chunks_) * scratchStride() + kAlignment) {}
+
+    /// Writes the output as if it needed no scaling, and finds out whether it does; if so, writes
+    /// it again. Holding the unscaled samples instead would take twice the sound's memory.
+    void operator()() {
+        forEachPiece(chunks_, [&](std::size_t index, unsigned worker) { first(index, worker); });
+        const double divisor = peak_.load();
+        if (divisor > 1.0) {
+            forEachPiece(chunks_, [&](std::size_t index, unsigned worker) {
+                SidebandChunk chunk(run_, scratchOf(worker));
+                chunk.begin(index, phaseBefore_[index]);
+                chunk.transform();
+                chunk.write(divisor);
+            });
         }
     }
-    return peak;
+
+private:
+    static constexpr std::size_t kAlignment = 16; // doubles: two lines of the cache
+
+    static std::size_t scratchStride() {
+        return (SidebandChunk::scratchSize() + kAlignment - 1) / kAlignment * kAlignment;
+    }
+
+    double* scratchOf(unsigned worker) {
+        void* start = scratch_.data();
+        std::size_t room = scratch_.size() * sizeof(double);
+        auto* const aligned = static_cast<double*>(
+            std::align(kAlignment * sizeof(double), sizeof(double), start, room));
+        return aligned + worker * scratchStride();
+    }
+
+    void first(std::size_t index, unsigned worker) {
+        SidebandChunk chunk(run_, scratchOf(worker));
+        awaitPhaseBefore(index);
+        phaseBefore_[index + 1] = chunk.begin(index, phaseBefore_[index]);
+        phasesKnown_.store(index + 1);
+        phasesKnown_.notify_all();
+        chunk.transform();
+        raise(peak_, chunk.largest(peak_.load()));
+        if (peak_.load() == 1.0) {
+            chunk.write(1.0);
+        }
+    }
+
+    /// Chunks are begun in their order, so whoever has the one before is at it.
+    void awaitPhaseBefore(std::size_t index) {
+        for (std::size_t known = phasesKnown_.load(); known < index; known = phasesKnown_.load()) {
+            phasesKnown_.wait(known);
+        }
+    }
+
+    const SidebandRun& run_;
+    std::size_t chunks_;
+    std::vector<double> phaseBefore_;
+    std::vector<double> scratch_;
+    std::atomic<std::size_t> phasesKnown_{0};
+    std::atomic<double> peak_{1.0}; ///< of the samples before they are scaled; 1 is full scale
+};
+
+/// As every sample's passing through the line leaves it.
+void advance(std::span<double, 513> delayLine, std::span<const float> input) {
+    const std::size_t fresh = std::min(delayLine.size(), input.size());
+    std::copy(delayLine.begin() + static_cast<std::ptrdiff_t>(fresh), delayLine.end(),
+              delayLine.begin());
+    std::transform(input.end() - static_cast<std::ptrdiff_t>(fresh), input.end(),
+                   delayLine.end() - static_cast<std::ptrdiff_t>(fresh),
+                   [](float x) { return static_cast<double>(x) / HILBERT_GAIN; });
 }
 
 } // namespace
 
 void singleSideband(std::span<const float> input, std::span<float> output, Sideband sideband,
                     float frequency, float index, double rate, std::span<double, 513> delayLine) {
-    std::vector<double> wet(input.size());
-    std::array<double, 513> line{};
-    std::copy(delayLine.begin(), delayLine.end(), line.begin());
-    modulate(input, wet, Modulator(input, sideband, frequency, rate), rate, line);
-    const double divisor = divisorFor(wet);
-    const float mix = index > 1.0F ? 1.0F : index;
-    for (std::size_t i = 0; i < input.size(); ++i) {
-        const double scaled = divisor > 1.0 ? wet[i] / divisor : wet[i];
-        output[i] = (1.0F - mix) * input[i] + mix * static_cast<float>(scaled);
-    }
-    std::copy(line.begin(), line.end(), delayLine.begin());
+    const SidebandRun run{.input = input.data(),
+                          .output = output.data(),
+                          .count = input.size(),
+                          .table = hilbertTableAt(rate),
+                          .delayLine = delayLine,
+                          .sideband = sideband,
+                          .step = kTwoPi * static_cast<double>(frequency) / rate,
+                          .mix = index > 1.0F ? 1.0F : index};
+    Modulation modulation(run);
+    modulation();
+    advance(delayLine, input);
 }
 
 } // namespace dsp

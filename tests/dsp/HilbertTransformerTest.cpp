@@ -160,26 +160,6 @@ TEST_F(HilbertTransformer, AgreesWithAShiftRegisterToTheBit) {
     }
 }
 
-TEST_F(HilbertTransformer, StretchByStretchIsTheSameAsStepByStep) {
-    for (const double rate : {44100.0, 48000.0, 88200.0, 96000.0}) {
-        forgetRuns();
-        R = rate;
-        const Series input = wide(noise(3000, 7));
-        const Series expected = transformed(input);
-        std::array<double, 513> line{};
-        Series output(input.size());
-        std::size_t done = 0;
-        for (const std::size_t length : {1UL, 0UL, 511UL, 513UL, 512UL, 1463UL}) {
-            dsp::hilbertTransform(std::span(input).subspan(done, length),
-                                  std::span(output).subspan(done, length), rate, line);
-            done += length;
-        }
-        ASSERT_EQ(done, input.size());
-        EXPECT_TRUE(sameBits(output, expected)) << rate;
-        EXPECT_TRUE(std::equal(line.begin(), line.end(), hilbert_xv.begin())) << rate;
-    }
-}
-
 /// The transfer function of the 44.1 kHz table, freed from the delay of 256 samples.
 std::complex<double> transfer(double frequency) {
     std::complex<double> sum = 0.0;

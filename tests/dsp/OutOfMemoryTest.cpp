@@ -111,9 +111,8 @@ TEST_F(OutOfMemory, AmIsRefusedAndTheSoundStays) {
 }
 
 TEST_F(OutOfMemory, SsbIsRefusedAndTheSoundAndTheDelayLineStay) {
-    // The result, the wet part, the block and its transform, and the line through each of the two
-    // blocks, in which it grows once.
-    EXPECT_EQ(refuseEachBlockInTurn([] { return ssbmBuffer(true, 440.0F, 1.0F); }), 8);
+    // The result and the chunk.
+    EXPECT_EQ(refuseEachBlockInTurn([] { return ssbmBuffer(true, 440.0F, 1.0F); }), 2);
 }
 
 TEST_F(OutOfMemory, PmIsRefusedAndTheSoundStays) {

@@ -29,11 +29,15 @@ double hilbertTransform(double x);
 
 namespace dsp {
 
-/// [any] The same for a stretch of samples and any delay line, without shifting it for each: every
-/// sum has the same terms in the same order, so the results are the same bits. `output` has the
-/// input's length.
-void hilbertTransform(std::span<const double> input, std::span<double> output, double rate,
-                      std::span<double, 513> delayLine);
+/// What the transformer sums at a rate: the taps, all of them as doubles, `passes` times over the
+/// same window into one sum. No pass: the result is 0.
+struct HilbertTable {
+    std::array<double, 513> taps{};
+    int passes = 0;
+};
+
+/// [any] The tables of that rate, as hilbertTransform says.
+HilbertTable hilbertTableAt(double rate);
 
 } // namespace dsp
 } // namespace zemo

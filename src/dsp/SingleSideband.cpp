@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <memory>
 #include <vector>
 
 #include "dsp/HilbertTransformer.h"
 #include "dsp/Pieces.h"
+#include "dsp/Scratch.h"
 #include "dsp/SineTerms.h"
 #include "dsp/kernels/Sideband.h"
 #include "playback/SharedState.h"
@@ -30,7 +30,7 @@ public:
         : run_(run),
           chunks_((run.count + kSidebandChunk - 1) / kSidebandChunk),
           phaseBefore_(chunks_ + 1),
-          scratch_(workersFor(chunks_) * scratchStride() + kAlignment) {}
+          scratch_(workersFor(chunks_), SidebandChunk::scratchSize()) {}
 
     /// Writes the output as if it needed no scaling, and finds out whether it does; if so, writes
     /// it again. Holding the unscaled samples instead would take twice the sound's memory.
@@ -39,7 +39,7 @@ public:
         const double divisor = peak_.load();
         if (divisor > 1.0) {
             forEachPiece(chunks_, [&](std::size_t index, unsigned worker) {
-                SidebandChunk chunk(run_, scratchOf(worker));
+                SidebandChunk chunk(run_, scratch_.of(worker));
                 chunk.begin(index, phaseBefore_[index]);
                 chunk.transform();
                 chunk.write(divisor);
@@ -48,22 +48,8 @@ public:
     }
 
 private:
-    static constexpr std::size_t kAlignment = 16; // doubles: two lines of the cache
-
-    static std::size_t scratchStride() {
-        return (SidebandChunk::scratchSize() + kAlignment - 1) / kAlignment * kAlignment;
-    }
-
-    double* scratchOf(unsigned worker) {
-        void* start = scratch_.data();
-        std::size_t room = scratch_.size() * sizeof(double);
-        auto* const aligned = static_cast<double*>(
-            std::align(kAlignment * sizeof(double), sizeof(double), start, room));
-        return aligned + worker * scratchStride();
-    }
-
     void first(std::size_t index, unsigned worker) {
-        SidebandChunk chunk(run_, scratchOf(worker));
+        SidebandChunk chunk(run_, scratch_.of(worker));
         awaitPhaseBefore(index);
         phaseBefore_[index + 1] = chunk.begin(index, phaseBefore_[index]);
         phasesKnown_.store(index + 1);
@@ -85,7 +71,7 @@ private:
     const SidebandRun& run_;
     std::size_t chunks_;
     std::vector<double> phaseBefore_;
-    std::vector<double> scratch_;
+    Scratch scratch_;
     std::atomic<std::size_t> phasesKnown_{0};
     std::atomic<double> peak_{1.0}; ///< of the samples before they are scaled; 1 is full scale
 };

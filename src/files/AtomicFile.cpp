@@ -145,7 +145,7 @@ int AtomicFile::replaceTarget() {
 }
 
 WriteOutcome writeAtomically(const std::string& path, std::span<const std::uint8_t> head,
-                             std::span<const std::byte> body) {
+                             std::span<const std::byte> body, std::span<const std::byte> tail) {
     AtomicFile file;
     if (const int error = file.create(path)) {
         return {.createError = error};
@@ -153,6 +153,9 @@ WriteOutcome writeAtomically(const std::string& path, std::span<const std::uint8
     int error = file.write(head.data(), head.size());
     if (error == 0) {
         error = file.write(body.data(), body.size());
+    }
+    if (error == 0) {
+        error = file.write(tail.data(), tail.size());
     }
     if (error == 0) {
         error = file.flush();

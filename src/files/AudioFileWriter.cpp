@@ -1,6 +1,7 @@
 #include "files/AudioFileWriter.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "files/AtomicFile.h"
@@ -70,6 +71,31 @@ bool finish(const WriteOutcome& outcome) {
     return outcome.closeError == 0;
 }
 
+/// The bytes of `body` and behind them those of `tail`, as one block.
+bool saveBlock(const FileUrl& url, std::span<std::byte> body, std::span<std::byte> tail) {
+    const std::size_t bytes = body.size() + tail.size();
+    logPlace(url);
+    const std::string extension = url.pathExtension();
+    log(format("data length = %lu bytes\n", bytes));
+    platform::AudioStreamBasicDescription dataFormat;
+    std::uint32_t fileType = 0;
+    setFormat(&dataFormat, &fileType, extension, R);
+    if (fileType == 0) {
+        return refuse("ZEMO saves .caf and .aif files: choose one of these extensions.");
+    }
+    logExtension(extension);
+    logSize(bytes);
+    if (fileType == kFileTypeAiffC) {
+        if (bytes > kMostAiffCBytes) {
+            return refuse("The sound is too large for AIFF-C, which ends at 4 GiB: "
+                          "save it as .caf instead.");
+        }
+        swapWords(body);
+        swapWords(tail);
+    }
+    return finish(writeAtomically(url.path(), headerFor(fileType, dataFormat, bytes), body, tail));
+}
+
 } // namespace
 
 SoundCopy SoundCopy::take() {
@@ -93,33 +119,18 @@ bool isSavedExtension(const std::string& extension) {
 }
 
 bool saveAsAudioFile(const FileUrl& url, std::span<std::byte> block) {
-    logPlace(url);
-    const std::string extension = url.pathExtension();
-    log(format("data length = %lu bytes\n", block.size()));
-    platform::AudioStreamBasicDescription dataFormat;
-    std::uint32_t fileType = 0;
-    setFormat(&dataFormat, &fileType, extension, R);
-    if (fileType == 0) {
-        return refuse("ZEMO saves .caf and .aif files: choose one of these extensions.");
-    }
-    logExtension(extension);
-    logSize(block.size());
-    if (fileType == kFileTypeAiffC) {
-        if (block.size() > kMostAiffCBytes) {
-            return refuse("The sound is too large for AIFF-C, which ends at 4 GiB: "
-                          "save it as .caf instead.");
-        }
-        swapWords(block);
-    }
-    return finish(
-        writeAtomically(url.path(), headerFor(fileType, dataFormat, block.size()), block));
+    return saveBlock(url, block, {});
 }
 
 bool saveSound(const FileUrl& url) {
-    if (isCafExtension(url.pathExtension()) && slackSamples() >= kExtraSamples) {
-        const std::int64_t count = fBuffersize.load() + kExtraSamples;
-        return saveAsAudioFile(url, std::as_writable_bytes(std::span(
-                                        fBuffer.load(), static_cast<std::size_t>(count))));
+    if (isCafExtension(url.pathExtension())) {
+        // A sound without slack behind it gets zeros: nothing past its end is read.
+        const std::int64_t readable = std::min(kExtraSamples, slackSamples());
+        std::array<float, kExtraSamples> zeros{};
+        const auto samples =
+            std::span(fBuffer.load(), static_cast<std::size_t>(fBuffersize.load() + readable));
+        return saveBlock(url, std::as_writable_bytes(samples),
+                         std::as_writable_bytes(std::span(zeros)).subspan(bytesOf(readable)));
     }
     SoundCopy copy = SoundCopy::take();
     return copy.empty() ? refuse("There is not enough memory to save the sound.")

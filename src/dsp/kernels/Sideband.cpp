@@ -1,15 +1,15 @@
 #include "dsp/kernels/Sideband.h"
 
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dsp/kernels/Sideband.cpp"
 #include <hwy/foreach_target.h>
 // After foreach_target.h.
 #include <hwy/highway.h>
-
-#include <algorithm>
-#include <bit>
-#include <cmath>
-#include <limits>
 
 #include "dsp/SineTerms.h"
 #include "dsp/kernels/VectorSine-inl.h"

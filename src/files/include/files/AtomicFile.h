@@ -49,8 +49,8 @@ struct WriteOutcome {
     bool done() const noexcept { return createError == 0 && writeError == 0 && closeError == 0; }
 };
 
-/// [main], [worker] Makes the file at `path` hold `head` and then `body`, through an AtomicFile.
+/// [main], [worker] Makes the file at `path` hold `head`, `body` and `tail`, through an AtomicFile.
 WriteOutcome writeAtomically(const std::string& path, std::span<const std::uint8_t> head,
-                             std::span<const std::byte> body);
+                             std::span<const std::byte> body, std::span<const std::byte> tail = {});
 
 } // namespace zemo

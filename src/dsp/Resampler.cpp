@@ -83,7 +83,8 @@ std::int32_t resampledLength(std::int64_t count, float ratio, double rate) {
     return result;
 }
 
-void resample(std::span<const float> input, std::span<float> output, float ratio, double rate) {
+void resample(std::span<const float> input, std::span<float> output, float ratio, double rate,
+              std::int64_t runUp) {
     const EvenGrids grids{.samples = input.data(),
                           .knots = static_cast<std::int64_t>(input.size()),
                           .output = output.data(),
@@ -93,7 +94,6 @@ void resample(std::span<const float> input, std::span<float> output, float ratio
     const bool isInRange = grids.point(grids.points - 1) <= grids.knot(grids.knots - 1);
     auto outcome = SplineOutcome::ZeroPivot;
     if (grids.knots >= kFewestBlockRows && isInRange) {
-        std::int64_t runUp = kSplineRunUp;
         do {
             outcome = splineOnEvenGrids(grids, std::min(runUp, grids.knots));
             runUp *= 4;

@@ -7,6 +7,7 @@
 #include <hwy/highway.h>
 
 #include "dsp/SineTerms.h"
+#include "dsp/kernels/Rounding-inl.h"
 #include "dsp/kernels/VectorSine-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -18,7 +19,7 @@ HWY_INLINE DoubleVec wrapped(FloatVec phase) {
     const Floats f;
     const auto wide = hn::PromoteTo(d, phase);
     const auto turn = hn::Set(d, kTwoPi);
-    const auto back = hn::PromoteTo(d, hn::DemoteTo(f, hn::Sub(wide, turn)));
+    const auto back = hn::PromoteTo(d, roundToFloats(f, hn::Sub(wide, turn)));
     return hn::IfThenElse(hn::Gt(wide, turn), back, wide);
 }
 
@@ -36,13 +37,13 @@ HWY_INLINE FloatVec sineOfPhase(DoubleVec phase) {
         }
         result = hn::IfThenElse(doubtful, hn::Load(d, lanes), result);
     }
-    return hn::DemoteTo(Floats(), result);
+    return roundToFloats(Floats(), result);
 }
 
 /// The numbers first, first + 1... as floats. Exact as doubles, so rounded once.
 HWY_INLINE FloatVec numbersFrom(std::size_t first) {
     const Doubles d;
-    return hn::DemoteTo(Floats(), hn::Iota(d, static_cast<double>(first)));
+    return roundToFloats(Floats(), hn::Iota(d, static_cast<double>(first)));
 }
 
 void amplitudeModulateVectors(const float* input, float* output, std::size_t first,

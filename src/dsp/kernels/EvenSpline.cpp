@@ -12,6 +12,8 @@
 // After foreach_target.h.
 #include <hwy/highway.h>
 
+#include "dsp/kernels/Rounding-inl.h"
+
 #ifndef ZEMO_DSP_SPLINE_KERNEL
 #define ZEMO_DSP_SPLINE_KERNEL
 namespace zemo::dsp {
@@ -291,7 +293,7 @@ std::int64_t writePoints(const SplineKernel& kernel, std::int64_t from, std::int
         const auto u = hn::Sub(t, places.left);
         const auto value =
             hn::Add(hn::Mul(hn::Add(hn::Mul(hn::Add(hn::Mul(c3, u), c2), u), d0), u), y0);
-        hn::StoreU(hn::DemoteTo(Floats(), value), Floats(), grids.output + j);
+        hn::StoreU(roundToFloats(Floats(), value), Floats(), grids.output + j);
     }
     return j;
 }

@@ -12,6 +12,7 @@
 #include <hwy/highway.h>
 
 #include "dsp/SineTerms.h"
+#include "dsp/kernels/Rounding-inl.h"
 #include "dsp/kernels/VectorSine-inl.h"
 
 namespace zemo::dsp {
@@ -190,13 +191,13 @@ void writeOutput(const SidebandKernel& kernel, double divisor) {
         const auto reach = hn::Set(d, bound > 0.0 ? 2.0 * bound / divisor : 0.0);
         auto wet = approximateWet(kernel, k);
         wet = divisor > 1.0 ? hn::Div(wet, hn::Set(d, divisor)) : wet;
-        const auto low = hn::DemoteTo(f, hn::Sub(wet, reach));
-        const auto high = hn::DemoteTo(f, hn::Add(wet, reach));
+        const auto low = roundToFloats(f, hn::Sub(wet, reach));
+        const auto high = roundToFloats(f, hn::Add(wet, reach));
         const auto isCertain = hn::Eq(hn::BitCast(bits, low), hn::BitCast(bits, high));
         const bool isWhole = k + lanes <= kernel.count();
         if (HWY_LIKELY(isWhole && canScale && bound < std::numeric_limits<double>::max() &&
                        (bound == 0.0 || hn::AllTrue(bits, isCertain)))) {
-            const auto result = bound == 0.0 ? hn::DemoteTo(f, wet) : low;
+            const auto result = bound == 0.0 ? roundToFloats(f, wet) : low;
             const auto dry = hn::Mul(dryShare, hn::LoadU(f, input + k));
             hn::StoreU(hn::Add(dry, hn::Mul(wetShare, result)), f, output + k);
             continue;

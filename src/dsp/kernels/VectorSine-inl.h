@@ -80,7 +80,8 @@ template <int kBit> HWY_INLINE DoubleVec negatedBy(hn::Vec<Words> bits, DoubleVe
 }
 
 HWY_INLINE DoubleVec oddQuarterSelects(hn::Vec<Words> bits, DoubleVec odd, DoubleVec even) {
-    return hn::IfNegativeThenElse(hn::BitCast(Doubles(), hn::ShiftLeft<63>(bits)), odd, even);
+    const auto isOdd = hn::TestBit(bits, hn::Set(Words(), 1));
+    return hn::IfThenElse(hn::RebindMask(Doubles(), isOdd), odd, even);
 }
 
 struct SineAndCosine {

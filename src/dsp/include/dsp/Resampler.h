@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <span>
 
+#include "dsp/EvenSpline.h"
 #include "dsp/Transformation.h"
 
 namespace zemo {
@@ -24,8 +25,10 @@ std::int32_t resampledLength(std::int64_t count, float ratio, double rate);
 
 /// [any] The values of the spline through `input` (3 to 2^31 - 1 samples) at output.size() even
 /// steps, 1 / ratio of the input's apart. Exactly 3 samples make the spline's system singular on an
-/// even grid; the parabola through them is used. std::bad_alloc when there is no memory.
-void resample(std::span<const float> input, std::span<float> output, float ratio, double rate);
+/// even grid; the parabola through them is used. The first try takes `runUp`
+/// rows of run-up, each further one four times as many. std::bad_alloc when there is no memory.
+void resample(std::span<const float> input, std::span<float> output, float ratio, double rate,
+              std::int64_t runUp = kSplineRunUp);
 
 } // namespace dsp
 

@@ -53,7 +53,7 @@ class TheDocuments(unittest.TestCase):
         for document in DOCUMENTS:
             for line in shell_lines(document):
                 program = line.split(" ")[0] if line else ""
-                if program.startswith(("./", "tools/")):
+                if program.startswith(("./", "bench/", "tools/")):
                     self.assertTrue((ROOT / program).exists(), f"{document.name}: {line}")
 
     def test_name_only_presets_that_exist(self):

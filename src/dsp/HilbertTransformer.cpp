@@ -33,6 +33,12 @@ template <typename Number, std::size_t Size> std::array<Number, Size> makeTable(
     return table;
 }
 
+template <typename Table> dsp::HilbertTable makeHilbertTable(const Table& table, int passes) {
+    dsp::HilbertTable result{.passes = passes};
+    std::copy_n(table.begin(), kTaps, result.taps.begin());
+    return result;
+}
+
 } // namespace
 
 std::array<double, 514> hilbert_xv{};
@@ -45,7 +51,7 @@ const std::array<float, 516> hilbert_xcoeffs96 = makeTable<float, 516>();
 double hilbertTransform(double x) {
     std::copy(hilbert_xv.begin() + 1, hilbert_xv.begin() + kTaps, hilbert_xv.begin());
     hilbert_xv[kTaps - 1] = x / HILBERT_GAIN;
-    const dsp::HilbertTable table = dsp::hilbertTableAt(R);
+    const dsp::HilbertTable& table = dsp::hilbertTableAt(R);
     double sum = 0.0;
     for (int pass = 0; pass < table.passes; ++pass) {
         for (std::size_t j = 0; j < kTaps; ++j) {
@@ -55,23 +61,20 @@ double hilbertTransform(double x) {
     return sum;
 }
 
-dsp::HilbertTable dsp::hilbertTableAt(double rate) {
-    HilbertTable table;
-    if (rate == 44100.0) {
-        std::copy_n(hilbert_xcoeffs.begin(), kTaps, table.taps.begin());
-        table.passes = 1;
-    }
-    if (rate == 48000.0) {
-        std::copy_n(hilbert_xcoeffs48.begin(), kTaps, table.taps.begin());
-        table.passes = 1;
-    }
+const dsp::HilbertTable& dsp::hilbertTableAt(double rate) {
+    static const HilbertTable at44100 = makeHilbertTable(hilbert_xcoeffs, 1);
+    static const HilbertTable at48000 = makeHilbertTable(hilbert_xcoeffs48, 1);
     // The fourth table, too, is for 88200 and not for 96000: at 88.2 kHz the result is doubled, at
     // 96 kHz it is silence. This is how it sounds, and it stays so. The two tables are the same.
-    if (rate == 88200.0) {
-        std::copy_n(hilbert_xcoeffs88.begin(), kTaps, table.taps.begin());
-        table.passes = 2;
+    static const HilbertTable at88200 = makeHilbertTable(hilbert_xcoeffs88, 2);
+    static const HilbertTable none;
+    if (rate == 44100.0) {
+        return at44100;
     }
-    return table;
+    if (rate == 48000.0) {
+        return at48000;
+    }
+    return rate == 88200.0 ? at88200 : none;
 }
 
 } // namespace zemo

@@ -37,7 +37,7 @@ struct HilbertTable {
 };
 
 /// [any] The tables of that rate, as hilbertTransform says.
-HilbertTable hilbertTableAt(double rate);
+const HilbertTable& hilbertTableAt(double rate);
 
 } // namespace dsp
 } // namespace zemo

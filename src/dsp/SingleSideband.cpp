@@ -42,7 +42,7 @@ public:
                 SidebandChunk chunk(run_, scratch_.of(worker));
                 chunk.begin(index, phaseBefore_[index]);
                 chunk.transform();
-                chunk.write(divisor);
+                static_cast<void>(chunk.write(divisor));
             });
         }
     }
@@ -55,9 +55,8 @@ private:
         phasesKnown_.store(index + 1);
         phasesKnown_.notify_all();
         chunk.transform();
-        raise(peak_, chunk.largest(peak_.load()));
-        if (peak_.load() == 1.0) {
-            chunk.write(1.0);
+        if (peak_.load() > 1.0 || !chunk.write(1.0)) {
+            raise(peak_, chunk.largest(peak_.load()));
         }
     }
 

@@ -158,54 +158,79 @@ HWY_INLINE double boundOf(const SidebandKernel& kernel, std::size_t k) {
     return inReach ? kernel.bounds()[k / kSidebandGroup] : std::numeric_limits<double>::infinity();
 }
 
-double largestOf(const SidebandKernel& kernel, double peak) {
+/// The largest exact magnitude among the samples from `k` on, where one may exceed `peak`.
+HWY_INLINE double raisedBy(const SidebandKernel& kernel, std::size_t k, DoubleVec wet, double bound,
+                           double peak) {
     const Doubles d;
-    const std::size_t lanes = hn::Lanes(d);
-    for (std::size_t k = 0; k < kernel.count(); k += lanes) {
-        const auto reach =
-            hn::Add(hn::Abs(approximateWet(kernel, k)), hn::Set(d, boundOf(kernel, k)));
-        if (HWY_LIKELY(hn::AllTrue(d, hn::Le(reach, hn::Set(d, peak))))) {
-            continue;
-        }
-        for (std::size_t i = k; i < std::min(k + lanes, kernel.count()); ++i) {
-            const double size = std::fabs(kernel.exactWet(i));
-            peak = size > peak ? size : peak;
-        }
+    const auto reach = hn::Add(hn::Abs(wet), hn::Set(d, bound));
+    if (HWY_LIKELY(hn::AllTrue(d, hn::Le(reach, hn::Set(d, peak))))) {
+        return peak;
+    }
+    for (std::size_t i = k; i < std::min(k + hn::Lanes(d), kernel.count()); ++i) {
+        const double size = std::fabs(kernel.exactWet(i));
+        peak = size > peak ? size : peak;
     }
     return peak;
 }
 
-void writeOutput(const SidebandKernel& kernel, double divisor) {
+double largestOf(const SidebandKernel& kernel, double peak) {
+    for (std::size_t k = 0; k < kernel.count(); k += hn::Lanes(Doubles())) {
+        peak = raisedBy(kernel, k, approximateWet(kernel, k), boundOf(kernel, k), peak);
+    }
+    return peak;
+}
+
+/// The samples `wet` divided by `divisor` and rounded, from `k` on; false where they are in doubt.
+HWY_INLINE bool writeVector(const SidebandKernel& kernel, std::size_t k, DoubleVec wet,
+                            double bound, double divisor) {
     const Doubles d;
     const Floats f;
     const hn::Rebind<std::uint32_t, Floats> bits;
-    const std::size_t lanes = hn::Lanes(d);
-    const auto dryShare = hn::Set(f, 1.0F - kernel.run().mix);
-    const auto wetShare = hn::Set(f, kernel.run().mix);
-    const float* const input = kernel.run().input + kernel.first();
-    float* const output = kernel.run().output + kernel.first();
-    const bool canScale = std::isfinite(divisor);
-    for (std::size_t k = 0; k < kernel.count(); k += lanes) {
-        const double bound = boundOf(kernel, k);
-        // Where all around is zero the approximation is the plain sum itself.
-        const auto reach = hn::Set(d, bound > 0.0 ? 2.0 * bound / divisor : 0.0);
-        auto wet = approximateWet(kernel, k);
-        wet = divisor > 1.0 ? hn::Div(wet, hn::Set(d, divisor)) : wet;
+    if (!(bound < std::numeric_limits<double>::max()) || !std::isfinite(divisor)) {
+        return false;
+    }
+    // Where all around is zero the approximation is the plain sum itself.
+    auto result = roundToFloats(f, wet);
+    if (divisor > 1.0) {
+        wet = hn::Div(wet, hn::Set(d, divisor));
+        result = roundToFloats(f, wet);
+    }
+    if (bound > 0.0) {
+        const auto reach = hn::Set(d, 2.0 * bound / divisor);
         const auto low = roundToFloats(f, hn::Sub(wet, reach));
         const auto high = roundToFloats(f, hn::Add(wet, reach));
-        const auto isCertain = hn::Eq(hn::BitCast(bits, low), hn::BitCast(bits, high));
+        if (HWY_UNLIKELY(
+                !hn::AllTrue(bits, hn::Eq(hn::BitCast(bits, low), hn::BitCast(bits, high))))) {
+            return false;
+        }
+        result = low;
+    }
+    const auto x = hn::LoadU(f, kernel.run().input + kernel.first() + k);
+    const auto dry = hn::Mul(hn::Set(f, 1.0F - kernel.run().mix), x);
+    const auto mixed = hn::Add(dry, hn::Mul(hn::Set(f, kernel.run().mix), result));
+    hn::StoreU(mixed, f, kernel.run().output + kernel.first() + k);
+    return true;
+}
+
+/// False, with the output unfinished, where nothing is divided but a sample exceeds 1.
+bool writeOutput(const SidebandKernel& kernel, double divisor) {
+    const std::size_t lanes = hn::Lanes(Doubles());
+    float* const output = kernel.run().output + kernel.first();
+    for (std::size_t k = 0; k < kernel.count(); k += lanes) {
+        const double bound = boundOf(kernel, k);
+        const auto wet = approximateWet(kernel, k);
+        if (divisor == 1.0 && raisedBy(kernel, k, wet, bound, 1.0) > 1.0) {
+            return false;
+        }
         const bool isWhole = k + lanes <= kernel.count();
-        if (HWY_LIKELY(isWhole && canScale && bound < std::numeric_limits<double>::max() &&
-                       (bound == 0.0 || hn::AllTrue(bits, isCertain)))) {
-            const auto result = bound == 0.0 ? roundToFloats(f, wet) : low;
-            const auto dry = hn::Mul(dryShare, hn::LoadU(f, input + k));
-            hn::StoreU(hn::Add(dry, hn::Mul(wetShare, result)), f, output + k);
+        if (HWY_LIKELY(isWhole && writeVector(kernel, k, wet, bound, divisor))) {
             continue;
         }
         for (std::size_t i = k; i < std::min(k + lanes, kernel.count()); ++i) {
             output[i] = kernel.mixed(i, kernel.exactWet(i), divisor);
         }
     }
+    return true;
 }
 
 } // namespace zemo::dsp::HWY_NAMESPACE
@@ -227,8 +252,13 @@ constexpr double kBound = 0x1p-41;
 
 constexpr std::uint32_t kInfinityBits = 0x7F800000;
 
-std::uint32_t magnitudeBits(float x) {
-    return std::bit_cast<std::uint32_t>(x) & 0x7FFFFFFFU;
+/// The magnitudes' bits are in the magnitudes' order.
+std::uint32_t largestBits(const float* from, const float* end) {
+    std::uint32_t largest = 0;
+    for (; from != end; ++from) {
+        largest = std::max(largest, std::bit_cast<std::uint32_t>(*from) & 0x7FFFFFFFU);
+    }
+    return largest;
 }
 
 } // namespace
@@ -303,13 +333,11 @@ void SidebandChunk::findBounds() {
     constexpr std::size_t kBefore = kHistory / kSidebandGroup;
     std::uint32_t largest[kBefore + kGroups]{};
     const std::size_t groups = (count_ + kSidebandGroup - 1) / kSidebandGroup;
-    for (std::size_t g = 0; g < kBefore + groups; ++g) {
-        for (std::size_t i = 0; i < kSidebandGroup; ++i) {
-            const std::size_t place = first_ + g * kSidebandGroup + i;
-            if (place >= kHistory && place - kHistory < run_.count) {
-                largest[g] = std::max(largest[g], magnitudeBits(run_.input[place - kHistory]));
-            }
-        }
+    // The first chunk has no samples before it.
+    for (std::size_t g = first_ == 0 ? kBefore : 0; g < kBefore + groups; ++g) {
+        const std::size_t from = first_ + g * kSidebandGroup - kHistory;
+        const std::size_t end = std::min(from + kSidebandGroup, run_.count);
+        largest[g] = largestBits(run_.input + from, run_.input + end);
     }
     double past = 0.0;
     for (const double value : run_.delayLine) {
@@ -360,8 +388,8 @@ double SidebandChunk::largest(double peak) {
     return HWY_DYNAMIC_DISPATCH(largestOf)({*this}, peak);
 }
 
-void SidebandChunk::write(double divisor) {
-    HWY_DYNAMIC_DISPATCH(writeOutput)({*this}, divisor);
+bool SidebandChunk::write(double divisor) {
+    return HWY_DYNAMIC_DISPATCH(writeOutput)({*this}, divisor);
 }
 
 } // namespace zemo::dsp

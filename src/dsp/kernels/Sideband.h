@@ -48,8 +48,9 @@ public:
     /// Once transformed: the largest magnitude of the chunk's samples, or `peak` if that is larger.
     double largest(double peak);
 
-    /// Once transformed: writes the output, every sample divided by `divisor`.
-    void write(double divisor);
+    /// Once transformed: writes the output, every sample divided by `divisor`. False, with the
+    /// output unfinished, when that is 1 and a sample exceeds it.
+    bool write(double divisor);
 
 private:
     friend struct SidebandKernel;

@@ -53,6 +53,42 @@ using Indices = hn::Rebind<std::int32_t, Doubles>;
 using WideIndices = hn::Rebind<std::int64_t, Doubles>;
 using DoubleVec = hn::Vec<Doubles>;
 
+/// Divides whole numbers by one and the same number, correctly rounded. Where the processor has a
+/// fused multiply-add this takes five of them and no division: from a quotient within two units in
+/// the last place to one within one, and from that to the right one (P. Markstein, Computation of
+/// elementary functions on the IBM RISC System/6000 processor, 1990).
+class Divisor {
+public:
+    HWY_INLINE explicit Divisor(double value)
+        : value_(hn::Set(Doubles(), value)),
+          inverse_(hn::Set(Doubles(), 1.0 / value)),
+          isPlain_(HWY_NATIVE_FMA == 0 || !isUsual(value)) {}
+
+    HWY_INLINE DoubleVec under(DoubleVec number) const {
+        if (isPlain_) {
+            return hn::Div(number, value_);
+        }
+        auto quotient = hn::Mul(number, inverse_);
+        for (int i = 0; i < 2; ++i) {
+            const auto rest = hn::NegMulAdd(quotient, value_, number);
+            quotient = hn::MulAdd(rest, inverse_, quotient);
+        }
+        return quotient;
+    }
+
+private:
+    /// The theorem is not for a significand of ones only, nor for numbers at the ends of the range.
+    static bool isUsual(double value) {
+        constexpr std::uint64_t kSignificand = (std::uint64_t{1} << 52U) - 1;
+        const bool isOnes = (std::bit_cast<std::uint64_t>(value) & kSignificand) == kSignificand;
+        return value > 0x1p-200 && value < 0x1p200 && !isOnes;
+    }
+
+    DoubleVec value_;
+    DoubleVec inverse_;
+    bool isPlain_;
+};
+
 /// The rows of some blocks, one in each lane, one row after the other.
 class RowWalk {
 public:
@@ -63,13 +99,13 @@ public:
                           hn::Set(Doubles(), static_cast<double>(SplineGroup::kBlockRows)))),
           lanes_(hn::Mul(hn::Iota(Indices(), 0),
                          hn::Set(Indices(), static_cast<std::int32_t>(SplineGroup::kBlockRows)))),
-          rate_(hn::Set(Doubles(), grids.rate)) {
+          rate_(grids.rate) {
         const Doubles d;
         // The knots row - 2, row - 1 and row.
         number_ = hn::Add(number_, hn::Set(d, static_cast<double>(row)));
-        const auto knotBefore = hn::Div(hn::Sub(number_, hn::Set(d, 1.0)), rate_);
-        const auto twoBefore = hn::Div(hn::Sub(number_, hn::Set(d, 2.0)), rate_);
-        knot_ = hn::Div(number_, rate_);
+        const auto knotBefore = rate_.under(hn::Sub(number_, hn::Set(d, 1.0)));
+        const auto twoBefore = rate_.under(hn::Sub(number_, hn::Set(d, 2.0)));
+        knot_ = rate_.under(number_);
         length_ = hn::Sub(knot_, knotBefore);
         lengthBefore_ = hn::Sub(knotBefore, twoBefore);
         const auto sampleBefore = load(next_ - 1);
@@ -83,7 +119,7 @@ public:
         const Doubles d;
         const auto one = hn::Set(d, 1.0);
         number_ = hn::Add(number_, one);
-        const auto knot = hn::Div(number_, rate_);
+        const auto knot = rate_.under(number_);
         const auto length = hn::Sub(knot, knot_);
         ++next_;
         const auto sample = load(next_);
@@ -112,7 +148,7 @@ private:
     const float* next_; ///< the sample of knot_, in the first lane
     DoubleVec number_;  ///< of knot_
     hn::Vec<Indices> lanes_;
-    DoubleVec rate_;
+    Divisor rate_;
     DoubleVec knot_;
     DoubleVec length_;       ///< of the interval that ends at knot_
     DoubleVec lengthBefore_; ///< of the one before it
@@ -211,8 +247,8 @@ struct Places {
     DoubleVec right;
 };
 
-HWY_INLINE Places placesAt(DoubleVec number, DoubleVec rate) {
-    return {number, hn::Div(number, rate), hn::Div(hn::Add(number, hn::Set(Doubles(), 1.0)), rate)};
+HWY_INLINE Places placesAt(DoubleVec number, const Divisor& rate) {
+    return {number, rate.under(number), rate.under(hn::Add(number, hn::Set(Doubles(), 1.0)))};
 }
 
 /// j, j + 1...
@@ -225,16 +261,16 @@ inline double pointRate(const EvenGrids& grids) {
 }
 
 /// As intervalOfPoint.
-HWY_INLINE Places intervalsOf(const EvenGrids& grids, std::int64_t j, DoubleVec t) {
+HWY_INLINE Places intervalsOf(const EvenGrids& grids, const Divisor& rate, std::int64_t j,
+                              DoubleVec t) {
     const Doubles d;
-    const auto rate = hn::Set(d, grids.rate);
     const auto one = hn::Set(d, 1.0);
     if (grids.ratio == 1.0F) {
         // All points end an interval: every second one stays in that of the one before.
         return placesAt(hn::Mul(hn::Floor(hn::Mul(numbers(j), hn::Set(d, 0.5))), hn::Set(d, 2.0)),
                         rate);
     }
-    Places places = placesAt(hn::Floor(hn::Mul(t, rate)), rate);
+    Places places = placesAt(hn::Floor(hn::Mul(t, hn::Set(d, grids.rate))), rate);
     for (;;) {
         const auto down = hn::IfThenElseZero(hn::Gt(places.left, t), one);
         const auto up = hn::IfThenElseZero(hn::Le(places.right, t), one);
@@ -251,7 +287,7 @@ HWY_INLINE Places intervalsOf(const EvenGrids& grids, std::int64_t j, DoubleVec 
     }
     // Where the point before is in the interval before, and not on a knot itself, it ends that.
     const auto before = hn::Div(hn::Sub(numbers(j), one), hn::Set(d, pointRate(grids)));
-    const auto knotBefore = hn::Div(hn::Sub(places.number, one), rate);
+    const auto knotBefore = rate.under(hn::Sub(places.number, one));
     const auto isInARow = hn::And(isOnKnot, hn::Eq(before, knotBefore));
     if (HWY_LIKELY(hn::AllFalse(d, hn::Or(isInARow, isBeyond)))) {
         const auto ends = hn::And(isOnKnot, hn::Gt(before, knotBefore));
@@ -265,25 +301,73 @@ HWY_INLINE Places intervalsOf(const EvenGrids& grids, std::int64_t j, DoubleVec 
     return placesAt(hn::Load(d, intervals), rate);
 }
 
+/// What a cubic passes through: the samples and the slopes at both ends of its interval.
+struct Ends {
+    DoubleVec y0;
+    DoubleVec y1;
+    DoubleVec d0;
+    DoubleVec d1;
+};
+
+/// Of any intervals of the group.
+HWY_INLINE Ends gatheredEnds(const float* samples, const double* slopes, DoubleVec number) {
+    const Doubles d;
+    const auto index = hn::DemoteTo(Indices(), number);
+    const auto wideIndex = hn::PromoteTo(WideIndices(), index);
+    return {hn::PromoteTo(d, hn::GatherIndex(Floats(), samples, index)),
+            hn::PromoteTo(d, hn::GatherIndex(Floats(), samples + 1, index)),
+            hn::GatherIndex(d, slopes, wideIndex), hn::GatherIndex(d, slopes + 1, wideIndex)};
+}
+
+/// Of intervals that are all among the first one's and the next 2 * lanes - 1.
+HWY_INLINE Ends neighbouringEnds(const float* samples, const double* slopes, DoubleVec number) {
+    const Doubles d;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto far = static_cast<std::int64_t>(lanes);
+    const auto first = static_cast<std::int64_t>(hn::GetLane(number));
+    const auto offset = hn::Sub(number, hn::Set(d, static_cast<double>(first)));
+    const auto isFar = hn::Ge(offset, hn::Set(d, static_cast<double>(lanes)));
+    const auto within =
+        hn::Sub(offset, hn::IfThenElseZero(isFar, hn::Set(d, static_cast<double>(lanes))));
+    const auto indices =
+        hn::IndicesFromVec(d, hn::PromoteTo(WideIndices(), hn::DemoteTo(Indices(), within)));
+    const auto choose = [&](DoubleVec near, DoubleVec distant) HWY_ATTR {
+        return hn::IfThenElse(isFar, hn::TableLookupLanes(distant, indices),
+                              hn::TableLookupLanes(near, indices));
+    };
+    const auto sample = [&](std::int64_t i) HWY_ATTR {
+        return choose(hn::PromoteTo(d, hn::LoadU(Floats(), samples + i)),
+                      hn::PromoteTo(d, hn::LoadU(Floats(), samples + i + far)));
+    };
+    const auto slope = [&](std::int64_t i) HWY_ATTR {
+        return choose(hn::LoadU(d, slopes + i), hn::LoadU(d, slopes + i + far));
+    };
+    return {sample(first), sample(first + 1), slope(first), slope(first + 1)};
+}
+
 /// Whole vectors of points from `from` on; returns the first that was left.
 std::int64_t writePoints(const SplineKernel& kernel, std::int64_t from, std::int64_t end) {
     const Doubles d;
     const EvenGrids& grids = kernel.grids();
     const auto lanes = static_cast<std::int64_t>(hn::Lanes(d));
-    const auto rate = hn::Set(d, pointRate(grids));
+    const Divisor knotRate(grids.rate);
+    const Divisor divisor(pointRate(grids));
     const auto first = hn::Set(d, static_cast<double>(kernel.first()));
     const auto two = hn::Set(d, 2.0);
     const float* const samples = grids.samples + kernel.first();
+    // Neighbours are read beyond the last one, but not beyond the sound; and they are near each
+    // other unless the points are far apart.
+    const double most = static_cast<double>(lanes - 1) / static_cast<double>(grids.ratio) + 2.0;
+    const bool isNarrow = most < static_cast<double>(2 * lanes);
+    const double lastNarrow = isNarrow ? static_cast<double>(grids.knots - 2 * lanes) : 0.0;
     std::int64_t j = from;
     for (; j + lanes <= end; j += lanes) {
-        const auto t = hn::Div(numbers(j), rate);
-        const Places places = intervalsOf(grids, j, t);
-        const auto index = hn::DemoteTo(Indices(), hn::Sub(places.number, first));
-        const auto wideIndex = hn::PromoteTo(WideIndices(), index);
-        const auto y0 = hn::PromoteTo(d, hn::GatherIndex(Floats(), samples, index));
-        const auto y1 = hn::PromoteTo(d, hn::GatherIndex(Floats(), samples + 1, index));
-        const auto d0 = hn::GatherIndex(d, kernel.slopes(), wideIndex);
-        const auto d1 = hn::GatherIndex(d, kernel.slopes() + 1, wideIndex);
+        const auto t = divisor.under(numbers(j));
+        const Places places = intervalsOf(grids, knotRate, j, t);
+        const auto number = hn::Sub(places.number, first);
+        const auto [y0, y1, d0, d1] = hn::GetLane(places.number) < lastNarrow
+                                          ? neighbouringEnds(samples, kernel.slopes(), number)
+                                          : gatheredEnds(samples, kernel.slopes(), number);
         const auto w = hn::Div(hn::Set(d, 1.0), hn::Sub(places.right, places.left));
         const auto s = hn::Mul(hn::Sub(y1, y0), w);
         const auto c2 =
@@ -402,14 +486,14 @@ std::int64_t firstPointFrom(const EvenGrids& grids, std::int64_t knot) {
 }
 
 std::size_t SplineGroup::scratchSize(std::int64_t runUp) {
-    return static_cast<std::size_t>(kRows + 8 + 2 * kBlocks * (kBlockRows + 2 * runUp));
+    return static_cast<std::size_t>(kSlopes + 2 * kBlocks * (kBlockRows + 2 * runUp));
 }
 
 SplineGroup::SplineGroup(const EvenGrids& grids, std::int64_t runUp, double* scratch)
     : grids_(grids),
       runUp_(runUp),
       slopes_(scratch),
-      factors_(slopes_ + kRows + 8),
+      factors_(slopes_ + kSlopes),
       forward_(factors_ + kBlocks * (kBlockRows + 2 * runUp)) {}
 
 /// Whether every row that the blocks need is one with two neighbours.

@@ -42,6 +42,9 @@ public:
 private:
     friend struct SplineKernel;
 
+    /// One behind the last row, and what a vector reads beyond that.
+    static constexpr std::int64_t kSlopes = kRows + 3 * kBlocks;
+
     void solvePlainly(GroupBorders& borders);
     void writePlainly(std::int64_t from, std::int64_t end);
     bool hasPlainRowsOnly() const;

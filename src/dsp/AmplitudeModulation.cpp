@@ -1,8 +1,8 @@
 #include "dsp/AmplitudeModulation.h"
 
-#include "dsp/Pieces.h"
 #include "dsp/SineTerms.h"
 #include "dsp/kernels/Carriers.h"
+#include "platform/Pieces.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
 
@@ -12,10 +12,11 @@ namespace dsp {
 void amplitudeModulate(std::span<const float> input, std::span<float> output, float frequency,
                        float index, double rate) {
     const float step = phaseStep(frequency, rate);
-    forEachStretch(input.size(), kCarrierStretch, [&](std::size_t first, std::size_t count) {
-        amplitudeModulateStretch(input.data() + first, output.data() + first, first, count, step,
-                                 index);
-    });
+    platform::forEachStretch(
+        input.size(), kCarrierStretch, [&](std::size_t first, std::size_t count) {
+            amplitudeModulateStretch(input.data() + first, output.data() + first, first, count,
+                                     step, index);
+        });
 }
 
 } // namespace dsp

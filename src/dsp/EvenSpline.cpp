@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "dsp/Pieces.h"
 #include "dsp/Scratch.h"
 #include "dsp/kernels/EvenSpline.h"
+#include "platform/Pieces.h"
 
 namespace zemo::dsp {
 namespace {
@@ -35,8 +35,8 @@ SplineOutcome outcomeOf(const std::vector<GroupBorders>& groups) {
 SplineOutcome splineOnEvenGrids(const EvenGrids& grids, std::int64_t runUp) {
     std::vector<GroupBorders> groups(
         static_cast<std::size_t>((grids.knots + SplineGroup::kRows - 1) / SplineGroup::kRows));
-    Scratch scratch(workersFor(groups.size()), SplineGroup::scratchSize(runUp));
-    forEachPiece(groups.size(), [&](std::size_t index, unsigned worker) {
+    Scratch scratch(platform::workersFor(groups.size()), SplineGroup::scratchSize(runUp));
+    platform::forEachPiece(groups.size(), [&](std::size_t index, unsigned worker) {
         SplineGroup group(grids, runUp, scratch.of(worker));
         groups[index] = group.run(static_cast<std::int64_t>(index));
     });

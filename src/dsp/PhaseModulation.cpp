@@ -4,10 +4,10 @@
 #include <array>
 #include <cmath>
 
-#include "dsp/Pieces.h"
 #include "dsp/SineTerms.h"
 #include "dsp/kernels/Carriers.h"
 #include "platform/Format.h"
+#include "platform/Pieces.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
 #include "playback/SharedState.h"
@@ -104,7 +104,7 @@ std::vector<EnvelopePoint> blockEnvelope(std::span<const float> input, std::int6
                        .val = 0.0F,
                        .length = blockLength + 1};
     }
-    forEachStretch(whole, kBlocksAtOnce, [&](std::size_t first, std::size_t few) {
+    platform::forEachStretch(whole, kBlocksAtOnce, [&](std::size_t first, std::size_t few) {
         std::array<float, kBlocksAtOnce> sums{};
         sumSquares(input.data() + first * length, length, few, sums.data());
         for (std::size_t k = 0; k < few; ++k) {
@@ -120,9 +120,10 @@ void phaseModulate(std::span<const float> input, std::span<float> output,
                    double rate) {
     const Carrier carrier{phaseStep(frequency, rate), index};
     const std::vector<Segment> segments = segmentsOf(envelope, input.size());
-    forEachStretch(input.size(), kCarrierStretch, [&](std::size_t first, std::size_t count) {
-        modulatePart(input, output, segments, carrier, first, first + count);
-    });
+    platform::forEachStretch(
+        input.size(), kCarrierStretch, [&](std::size_t first, std::size_t count) {
+            modulatePart(input, output, segments, carrier, first, first + count);
+        });
 }
 
 } // namespace dsp

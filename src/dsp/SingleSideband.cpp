@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "dsp/HilbertTransformer.h"
-#include "dsp/Pieces.h"
 #include "dsp/Scratch.h"
 #include "dsp/SineTerms.h"
 #include "dsp/kernels/Sideband.h"
+#include "platform/Pieces.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
 
@@ -30,15 +30,16 @@ public:
         : run_(run),
           chunks_((run.count + kSidebandChunk - 1) / kSidebandChunk),
           phaseBefore_(chunks_ + 1),
-          scratch_(workersFor(chunks_), SidebandChunk::scratchSize()) {}
+          scratch_(platform::workersFor(chunks_), SidebandChunk::scratchSize()) {}
 
     /// Writes the output as if it needed no scaling, and finds out whether it does; if so, writes
     /// it again. Holding the unscaled samples instead would take twice the sound's memory.
     void operator()() {
-        forEachPiece(chunks_, [&](std::size_t index, unsigned worker) { first(index, worker); });
+        platform::forEachPiece(chunks_,
+                               [&](std::size_t index, unsigned worker) { first(index, worker); });
         const double divisor = peak_.load();
         if (divisor > 1.0) {
-            forEachPiece(chunks_, [&](std::size_t index, unsigned worker) {
+            platform::forEachPiece(chunks_, [&](std::size_t index, unsigned worker) {
                 SidebandChunk chunk(run_, scratch_.of(worker));
                 chunk.begin(index, phaseBefore_[index]);
                 chunk.transform();

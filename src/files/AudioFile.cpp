@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <optional>
 #include <system_error>
+#include <vector>
 
 #include "files/AiffChunks.h"
 #include "files/CafChunks.h"
+#include "platform/Pieces.h"
 #include "platform/Services.h"
 
 namespace zemo {
@@ -178,6 +180,28 @@ Result<ContainerDescription> describeAiff(FileStream& stream, bool compressed) {
                                 .dataBytes = contents.data->bytes};
 }
 
+// Data --------------------------------------------------------------------------------------
+
+/// On all workers; the bytes up to the first that could not be read count.
+std::uint64_t readInPieces(FileStream& stream, std::uint64_t offset, void* destination,
+                           std::uint64_t bytes) {
+    constexpr std::uint64_t kPiece = std::uint64_t{1} << 23U;
+    std::vector<std::uint64_t> taken((bytes + kPiece - 1) / kPiece);
+    platform::forEachPiece(taken.size(), [&](std::size_t piece, unsigned /*worker*/) {
+        const std::uint64_t from = piece * kPiece;
+        taken[piece] = stream.readAt(offset + from, static_cast<char*>(destination) + from,
+                                     std::min(kPiece, bytes - from));
+    });
+    std::uint64_t whole = 0;
+    for (const std::uint64_t count : taken) {
+        whole += count;
+        if (count < kPiece) {
+            break;
+        }
+    }
+    return whole;
+}
+
 } // namespace
 
 Result<ContainerDescription> describeContainer(FileStream& stream) {
@@ -214,7 +238,7 @@ std::uint64_t AudioFile::readBytes(std::uint64_t from, std::uint64_t count, void
         return 0;
     }
     const std::uint64_t bytes = std::min(count, description_.dataBytes - from);
-    return stream_->readAt(description_.dataOffset + from, destination, bytes);
+    return readInPieces(*stream_, description_.dataOffset + from, destination, bytes);
 }
 
 } // namespace zemo

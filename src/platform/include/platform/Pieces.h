@@ -7,12 +7,12 @@
 #include "platform/Services.h"
 #include "platform/Workers.h"
 
-/// A long sound in pieces that the workers take one after the other. All [main], [worker].
-namespace zemo::dsp {
+/// Long work in pieces that the workers take one after the other. All [main], [worker].
+namespace zemo::platform {
 
 /// How many workers there may be at once for `pieces` pieces; at least 1.
 inline unsigned workersFor(std::size_t pieces) {
-    const platform::Workers* const workers = platform::services().workers;
+    const Workers* const workers = services().workers;
     const std::size_t most = workers != nullptr ? workers->count() : 1;
     return static_cast<unsigned>(std::max<std::size_t>(std::min(most, pieces), 1));
 }
@@ -30,11 +30,11 @@ template <typename Work> void forEachPiece(std::size_t pieces, const Work& work)
     if (workers == 1) {
         takePieces(0);
     } else {
-        platform::services().workers->run(workers, takePieces);
+        services().workers->run(workers, takePieces);
     }
 }
 
-/// Calls work(first, count) for `total` samples in pieces of `most`.
+/// Calls work(first, count) for `total` items in pieces of `most`.
 template <typename Work>
 void forEachStretch(std::size_t total, std::size_t most, const Work& work) {
     forEachPiece((total + most - 1) / most, [&](std::size_t piece, unsigned /*worker*/) {
@@ -43,4 +43,4 @@ void forEachStretch(std::size_t total, std::size_t most, const Work& work) {
     });
 }
 
-} // namespace zemo::dsp
+} // namespace zemo::platform

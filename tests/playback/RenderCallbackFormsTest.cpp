@@ -17,6 +17,7 @@
 namespace zemo::test {
 namespace {
 
+constexpr unsigned kShortCall = 70;
 constexpr unsigned kMostFrames = 700;
 constexpr unsigned kLongCall = 4096;
 constexpr std::array<std::uint32_t, 6> kStates{Silent, FadeIn, Steady, FadeOut, 4, 0xFFFFFFFFU};
@@ -123,13 +124,17 @@ protected:
                 length + 1e9};
     }
 
+    void everyCallFrom(double position, unsigned frames) {
+        for (const std::uint32_t state : kStates) {
+            for (const bool rms : {false, true}) {
+                ASSERT_TRUE(agree({state, frames, position, rms}));
+            }
+        }
+    }
+
     void everyCallOf(unsigned frames) {
         for (const double position : placesFor(frames)) {
-            for (const std::uint32_t state : kStates) {
-                for (const bool rms : {false, true}) {
-                    ASSERT_TRUE(agree({state, frames, position, rms}));
-                }
-            }
+            everyCallFrom(position, frames);
         }
     }
 
@@ -171,10 +176,20 @@ private:
     std::vector<float> ours_;
 };
 
-TEST_F(RenderCallbackForms, ACallOfAnyLengthInAnyStateAtAnyPlaceIsTheSameBitForBit) {
-    load(std::size_t{3} * kMostFrames, 40);
-    for (unsigned frames = 1; frames <= kMostFrames && !HasFatalFailure(); ++frames) {
+TEST_F(RenderCallbackForms, AShortCallInAnyStateAtAnyPlaceIsTheSameBitForBit) {
+    load(std::size_t{3} * kShortCall, 40);
+    for (unsigned frames = 1; frames <= kShortCall && !HasFatalFailure(); ++frames) {
         everyCallOf(frames);
+    }
+}
+
+/// Each length at two of the places, which change from one length to the next.
+TEST_F(RenderCallbackForms, ACallOfAnyLengthInAnyStateIsTheSameBitForBit) {
+    load(std::size_t{3} * kMostFrames, 40);
+    for (unsigned frames = kShortCall; frames <= kMostFrames && !HasFatalFailure(); ++frames) {
+        const std::vector<double> places = placesFor(frames);
+        everyCallFrom(places[frames % places.size()], frames);
+        everyCallFrom(places[(frames + places.size() / 2) % places.size()], frames);
     }
 }
 

@@ -1,9 +1,12 @@
 #include <QApplication>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 #include "app/AppDelegate.h"
+#include "app/FirstFrame.h"
 #include "app/QtAlert.h"
+#include "meter/GlPreparation.h"
 #include "platform/Services.h"
 #include "platform_linux/LinuxAudioOutput.h"
 #include "platform_linux/LinuxMidi.h"
@@ -22,6 +25,7 @@ bool hasDisplay() {
 }
 
 int runWindow(QApplication& application) {
+    const zemo::GlPreparation openGl;
     zemo::platform::LinuxAudioOutput output;
     zemo::platform::SteadyClock clock;
     zemo::platform::PosixFileOperations fileOperations;
@@ -30,13 +34,13 @@ int runWindow(QApplication& application) {
     zemo::platform::LinuxMemory memory;
     zemo::platform::SystemTrace trace("zemo");
     zemo::QtAlert alert;
-    auto midi = zemo::platform::makeLinuxMidi();
+    std::unique_ptr<zemo::platform::MidiService> midi;
     zemo::platform::services() = {.audioOutput = &output,
                                   .alert = &alert,
                                   .clock = &clock,
                                   .fileOperations = &fileOperations,
                                   .fileSystem = &fileSystem,
-                                  .midi = midi.get(),
+                                  .midi = nullptr,
                                   .systemVersion = &systemVersion,
                                   .trace = &trace,
                                   .memory = &memory};
@@ -46,11 +50,16 @@ int runWindow(QApplication& application) {
         trace.printError("zemo: the main window's interface file is broken.\n");
         return EXIT_FAILURE;
     }
-    delegate.applicationDidFinishLaunching();
     delegate.window->show();
-    if (application.arguments().size() > 1) {
-        delegate.openFileNamed(application.arguments().at(1));
-    }
+    // The servers of sound and MIDI may take their time to answer.
+    zemo::afterFirstFrame(*delegate.window, [&] {
+        midi = zemo::platform::makeLinuxMidi();
+        zemo::platform::services().midi = midi.get();
+        delegate.applicationDidFinishLaunching();
+        if (application.arguments().size() > 1) {
+            delegate.openFileNamed(application.arguments().at(1));
+        }
+    });
     const int status = QApplication::exec();
     midi.reset(); // nothing arrives at a controller that is gone
     return status;

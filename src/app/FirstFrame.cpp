@@ -1,9 +1,11 @@
 #include "app/FirstFrame.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QEvent>
-#include <QTimer>
+#include <QEventLoop>
 #include <chrono>
-#include <utility>
+#include <thread>
 
 namespace zemo {
 namespace {
@@ -11,41 +13,32 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kPatience = 250ms;
+constexpr auto kRound = 500us;
 
-class FirstFrame final : public QObject {
+/// Sees the paint event before the window does; the whole frame is painted within the same round
+/// of the event loop.
+class PaintWatch final : public QObject {
 public:
-    FirstFrame(QWidget& window, std::function<void()> next)
-        : QObject(&window), next_(std::move(next)) {
-        window.installEventFilter(this);
-        QTimer::singleShot(kPatience, this, [this] { proceed(); });
-    }
-
-    /// The window's widgets are painted, and the picture is sent, before the queued call is made.
-    bool eventFilter(QObject* window, QEvent* event) override {
-        if (event->type() == QEvent::Paint) {
-            window->removeEventFilter(this);
-            QMetaObject::invokeMethod(
-                this, [this] { proceed(); }, Qt::QueuedConnection);
-        }
+    bool eventFilter(QObject* /*window*/, QEvent* event) override {
+        painted = painted || event->type() == QEvent::Paint;
         return false;
     }
 
-private:
-    /// What is called may run an event loop of its own, in which the other call arrives.
-    void proceed() {
-        if (const auto next = std::exchange(next_, nullptr)) {
-            next();
-            deleteLater();
-        }
-    }
-
-    std::function<void()> next_;
+    bool painted = false;
 };
 
 } // namespace
 
-void afterFirstFrame(QWidget& window, std::function<void()> next) {
-    new FirstFrame(window, std::move(next)); // the window owns it
+void showFirstFrame(QWidget& window) {
+    PaintWatch watch;
+    const QDeadlineTimer patience(kPatience);
+    window.installEventFilter(&watch);
+    window.show();
+    while (!watch.painted && !patience.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        std::this_thread::sleep_for(kRound); // waiting for events here would wait for keys, too
+    }
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); // sends the picture
 }
 
 } // namespace zemo

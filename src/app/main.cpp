@@ -1,7 +1,6 @@
 #include <QApplication>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "app/AppDelegate.h"
 #include "app/FirstFrame.h"
@@ -34,7 +33,6 @@ int runWindow(QApplication& application) {
     zemo::platform::LinuxMemory memory;
     zemo::platform::SystemTrace trace("zemo");
     zemo::QtAlert alert;
-    std::unique_ptr<zemo::platform::MidiService> midi;
     zemo::platform::services() = {.audioOutput = &output,
                                   .alert = &alert,
                                   .clock = &clock,
@@ -50,17 +48,16 @@ int runWindow(QApplication& application) {
         trace.printError("zemo: the main window's interface file is broken.\n");
         return EXIT_FAILURE;
     }
-    delegate.window->show();
-    // The servers of sound and MIDI may take their time to answer.
-    zemo::afterFirstFrame(*delegate.window, [&] {
-        midi = zemo::platform::makeLinuxMidi();
-        zemo::platform::services().midi = midi.get();
-        delegate.applicationDidFinishLaunching();
-        if (application.arguments().size() > 1) {
-            delegate.openFileNamed(application.arguments().at(1));
-        }
-    });
-    const int status = QApplication::exec();
+    zemo::showFirstFrame(*delegate.window);
+    // Only now: the servers of sound and MIDI may take their time to answer.
+    auto midi = zemo::platform::makeLinuxMidi();
+    zemo::platform::services().midi = midi.get();
+    delegate.applicationDidFinishLaunching();
+    if (application.arguments().size() > 1) {
+        delegate.openFileNamed(application.arguments().at(1));
+    }
+    // A window that was closed meanwhile would end an event loop that does not run yet.
+    const int status = delegate.window->isVisible() ? QApplication::exec() : EXIT_SUCCESS;
     midi.reset(); // nothing arrives at a controller that is gone
     return status;
 }

@@ -33,6 +33,8 @@ bool AppDelegate::loadMainWindow() {
         return false;
     }
     connectActions();
+    styleWindow();
+    notice_->hide();
     return true;
 }
 

@@ -68,9 +68,14 @@ AppDelegate::~AppDelegate() {
     delete window;
 }
 
-void AppDelegate::applicationDidFinishLaunching() {
+/// Twice: as a part of the launch, and before that for a window that is shown first.
+void AppDelegate::styleWindow() {
     window->setOpaque(false);
     window->setBackgroundColour(backgroundColour());
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    styleWindow();
     renderDelegate.store(&messages_);
     midiDelegate.store(this);
     createOutputUnit(&bufferPlayer);

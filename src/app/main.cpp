@@ -3,7 +3,9 @@
 #include <cstring>
 
 #include "app/AppDelegate.h"
+#include "app/FirstFrame.h"
 #include "app/QtAlert.h"
+#include "meter/GlPreparation.h"
 #include "platform/Services.h"
 #include "platform_linux/LinuxAudioOutput.h"
 #include "platform_linux/LinuxMidi.h"
@@ -22,6 +24,7 @@ bool hasDisplay() {
 }
 
 int runWindow(QApplication& application) {
+    const zemo::GlPreparation openGl;
     zemo::platform::LinuxAudioOutput output;
     zemo::platform::SteadyClock clock;
     zemo::platform::PosixFileOperations fileOperations;
@@ -31,13 +34,12 @@ int runWindow(QApplication& application) {
     zemo::platform::ThreadWorkers workers;
     zemo::platform::SystemTrace trace("zemo");
     zemo::QtAlert alert;
-    auto midi = zemo::platform::makeLinuxMidi();
     zemo::platform::services() = {.audioOutput = &output,
                                   .alert = &alert,
                                   .clock = &clock,
                                   .fileOperations = &fileOperations,
                                   .fileSystem = &fileSystem,
-                                  .midi = midi.get(),
+                                  .midi = nullptr,
                                   .systemVersion = &systemVersion,
                                   .trace = &trace,
                                   .memory = &memory,
@@ -48,12 +50,16 @@ int runWindow(QApplication& application) {
         trace.printError("zemo: the main window's interface file is broken.\n");
         return EXIT_FAILURE;
     }
+    zemo::showFirstFrame(*delegate.window);
+    // Only now: the servers of sound and MIDI may take their time to answer.
+    auto midi = zemo::platform::makeLinuxMidi();
+    zemo::platform::services().midi = midi.get();
     delegate.applicationDidFinishLaunching();
-    delegate.window->show();
     if (application.arguments().size() > 1) {
         delegate.openFileNamed(application.arguments().at(1));
     }
-    const int status = QApplication::exec();
+    // A window that was closed meanwhile would end an event loop that does not run yet.
+    const int status = delegate.window->isVisible() ? QApplication::exec() : EXIT_SUCCESS;
     midi.reset(); // nothing arrives at a controller that is gone
     return status;
 }

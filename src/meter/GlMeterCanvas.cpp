@@ -4,6 +4,7 @@
 #include <QOpenGLFunctions_2_1>
 #include <QOpenGLVersionFunctionsFactory>
 
+#include "meter/GlPreparation.h"
 #include "meter/MeterCanvas.h"
 
 namespace zemo {
@@ -11,31 +12,31 @@ namespace {
 
 class GlMeterCanvas final : public MeterCanvas {
 public:
+    explicit GlMeterCanvas(std::unique_ptr<QOpenGLContext> context)
+        : context_(std::move(context)) {}
+
     ~GlMeterCanvas() override {
-        if (context_.makeCurrent(&surface_)) {
+        if (context_->makeCurrent(&surface_)) {
             buffer_.reset();
-            context_.doneCurrent();
+            context_->doneCurrent();
         }
     }
 
     bool open() {
-        QSurfaceFormat format;
-        format.setVersion(2, 1); // the last one that has immediate mode in every driver
-        context_.setFormat(format);
-        surface_.setFormat(format);
+        surface_.setFormat(context_->format());
         surface_.create();
-        if (!surface_.isValid() || !context_.create() || !context_.makeCurrent(&surface_)) {
+        if (!surface_.isValid() || !context_->isValid() || !context_->makeCurrent(&surface_)) {
             return false;
         }
-        gl_ = QOpenGLVersionFunctionsFactory::get<QOpenGLFunctions_2_1>(&context_);
+        gl_ = QOpenGLVersionFunctionsFactory::get<QOpenGLFunctions_2_1>(context_.get());
         const bool usable = gl_ != nullptr && gl_->initializeOpenGLFunctions() &&
                             QOpenGLFramebufferObject::hasOpenGLFramebufferObjects();
-        context_.doneCurrent();
+        context_->doneCurrent();
         return usable;
     }
 
     void begin(const QSize& pixels) override {
-        context_.makeCurrent(&surface_);
+        context_->makeCurrent(&surface_);
         if (buffer_ == nullptr || buffer_->size() != pixels) {
             buffer_ = std::make_unique<QOpenGLFramebufferObject>(pixels);
         }
@@ -64,7 +65,7 @@ public:
         gl_->glFlush();
         QImage picture = buffer_->toImage();
         buffer_->release();
-        context_.doneCurrent();
+        context_->doneCurrent();
         return picture;
     }
 
@@ -74,7 +75,7 @@ private:
     }
 
     QOffscreenSurface surface_;
-    QOpenGLContext context_;
+    std::unique_ptr<QOpenGLContext> context_;
     QOpenGLFunctions_2_1* gl_ = nullptr;
     std::unique_ptr<QOpenGLFramebufferObject> buffer_;
 };
@@ -82,7 +83,11 @@ private:
 } // namespace
 
 std::unique_ptr<MeterCanvas> makeGlMeterCanvas() {
-    auto canvas = std::make_unique<GlMeterCanvas>();
+    auto context = GlPreparation::take();
+    if (context == nullptr) {
+        context = makeMeterContext();
+    }
+    auto canvas = std::make_unique<GlMeterCanvas>(std::move(context));
     return canvas->open() ? std::move(canvas) : nullptr;
 }
 

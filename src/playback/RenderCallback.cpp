@@ -1,9 +1,11 @@
 #include "playback/RenderCallback.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "platform/RealTime.h"
 #include "playback/Delegate.h"
+#include "playback/FrameRuns.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
 
@@ -11,10 +13,12 @@ namespace zemo {
 namespace {
 
 constexpr auto relaxed = std::memory_order_relaxed;
+constexpr std::int64_t kExactPositions = std::int64_t{1} << 53;
 
 /// For a process in which nobody listens.
 class NobodyListens final : public RenderDelegate {
     void updateValue(float) override {}
+    void repeatUpdateValue(float, std::uint32_t) override {}
     void resetMeter() override {}
     void resetPlayTitle() override {}
     void traceIdleCycle(std::int32_t) override {}
@@ -51,13 +55,15 @@ public:
 
 private:
     void renderFrames() noexcept;
-    float frame(std::uint32_t i, float sample) const noexcept;
-    void measure(float frame) noexcept;
-    void endOfBuffer() noexcept;
+    void soundFrames(const float* samples, std::uint32_t count) noexcept;
+    void endOfBuffer(std::uint32_t remaining) noexcept;
+    double positionAfter(std::int64_t first) const noexcept;
     void advance(double position) noexcept;
     void endPlay() noexcept;
     void clearPlaying() noexcept;
     void publishLevel() noexcept;
+    float peakLevel() const noexcept;
+    float rmsLevel() const noexcept;
     void endCall() noexcept;
     void endSteadyCall() noexcept;
     void endSilentCall() noexcept;
@@ -73,65 +79,67 @@ private:
     const bool wasPlaying_;
     const double position_;
     std::int64_t total_ = 0;
-    float peak_ = 0.0F;
-    float sum_ = 0.0F;
+    std::uint32_t measured_ = 0; ///< the call's first frames, of which its level is taken
     bool ended_ = false;
 };
 
 /// The index and the total advance together from 0. They are taken from one variable, or a play
 /// that is begun anew between two reads would tear them apart.
 void RenderCall::renderFrames() noexcept {
-    double position = position_;
-    total_ = static_cast<std::int64_t>(position_);
-    for (std::uint32_t i = 0; i < frames_; ++i) {
-        if (total_ < sound_.count()) {
-            output_[i] = frame(i, sound_.samples()[total_]);
-            measure(output_[i]);
-        } else {
-            output_[i] = 0.0F;
-            endOfBuffer();
-        }
-        position += 1.0;
-        total_ += 1;
+    const auto first = static_cast<std::int64_t>(position_);
+    const std::int64_t left = std::max<std::int64_t>(sound_.count() - first, 0);
+    const auto sounding = static_cast<std::uint32_t>(std::min<std::int64_t>(left, frames_));
+    total_ = first + frames_;
+    if (sounding > 0) {
+        soundFrames(sound_.samples() + first, sounding);
     }
-    advance(position);
+    if (sounding < frames_) {
+        std::fill(output_ + sounding, output_ + frames_, 0.0F);
+        endOfBuffer(frames_ - sounding);
+    }
+    advance(positionAfter(first));
     if (ended_) {
         endPlay();
     }
 }
 
-/// The four states are separate tests: a value above FadeOut leaves the frame as it is.
-float RenderCall::frame(std::uint32_t i, float sample) const noexcept {
-    const auto count = static_cast<float>(frames_);
-    float result = output_[i];
-    if (state_ == Silent) {
-        result = 0.0F;
+/// A value above FadeOut leaves the frames as they are.
+void RenderCall::soundFrames(const float* samples, std::uint32_t count) noexcept {
+    measured_ = count;
+    switch (state_) {
+    case Silent:
+        std::fill_n(output_, count, 0.0F);
+        measured_ = 0; // peak and sum of silence are what they are without it
+        return;
+    case FadeIn:
+        return fadeInFrames(output_, samples, count, frames_);
+    case Steady:
+        std::copy_n(samples, count, output_);
+        return;
+    case FadeOut:
+        return fadeOutFrames(output_, samples, count, frames_);
+    default:
+        return;
     }
-    if (state_ == FadeIn) {
-        result = sample * static_cast<float>(i) / count;
-    }
-    if (state_ == Steady) {
-        result = sample;
-    }
-    if (state_ == FadeOut) {
-        result = sample * static_cast<float>(frames_ - i) / count;
-    }
-    return result;
-}
-
-/// The peak keeps its sign, and a later equal magnitude wins. A NaN is never the peak.
-void RenderCall::measure(float frame) noexcept {
-    if (std::fabs(frame) >= std::fabs(peak_)) {
-        peak_ = frame;
-    }
-    sum_ += frame * frame;
 }
 
 /// The message repeats for every remaining frame of the call.
-void RenderCall::endOfBuffer() noexcept {
+void RenderCall::endOfBuffer(std::uint32_t remaining) noexcept {
     value.store(0.0F, relaxed);
-    delegate_.updateValue(0.0F);
+    delegate_.repeatUpdateValue(0.0F, remaining);
     ended_ = true;
+}
+
+/// 1.0 a frame. Whole numbers that a double holds exactly may be added at once.
+double RenderCall::positionAfter(std::int64_t first) const noexcept {
+    if (static_cast<double>(first) == position_ && total_ <= kExactPositions) {
+        return static_cast<double>(total_);
+    }
+    double position = position_;
+    for (std::uint32_t i = 0; i < frames_; ++i) {
+        position += 1.0;
+    }
+    return position;
 }
 
 /// Not where a play was begun during a silent call: that one has its own position.
@@ -160,11 +168,20 @@ void RenderCall::clearPlaying() noexcept {
 }
 
 void RenderCall::publishLevel() noexcept {
-    const float rms = std::sqrt(sum_ / static_cast<float>(frames_));
-    const bool rmsMode = player_.rmsMode.load(relaxed) != 0;
-    const float level = rmsMode ? static_cast<float>(1.414 * static_cast<double>(rms)) : peak_;
+    const float level = player_.rmsMode.load(relaxed) != 0 ? rmsLevel() : peakLevel();
     value.store(level, relaxed);
     delegate_.updateValue(level);
+}
+
+/// Without any frame 0.
+float RenderCall::peakLevel() const noexcept {
+    return peakOfFrames(output_, measured_);
+}
+
+float RenderCall::rmsLevel() const noexcept {
+    const float sum = sumOfSquaredFrames(output_, measured_);
+    const float rms = std::sqrt(sum / static_cast<float>(frames_));
+    return static_cast<float>(1.414 * static_cast<double>(rms));
 }
 
 void RenderCall::endCall() noexcept {

@@ -24,6 +24,10 @@ void RenderMessageQueue::updateValue(float level) {
     push({.kind = Kind::UpdateValue, .level = level}, kCapacity - kReserved);
 }
 
+void RenderMessageQueue::repeatUpdateValue(float level, std::uint32_t times) {
+    push({.kind = Kind::UpdateValue, .level = level, .times = times}, kCapacity - kReserved);
+}
+
 void RenderMessageQueue::resetMeter() {
     pushImportant({.kind = Kind::ResetMeter});
 }
@@ -55,7 +59,7 @@ std::size_t RenderMessageQueue::drain(RenderDelegate& receiver) {
 void RenderMessageQueue::deliver(const Message& message, RenderDelegate& receiver) {
     switch (message.kind) {
     case Kind::UpdateValue:
-        return receiver.updateValue(message.level);
+        return receiver.repeatUpdateValue(message.level, message.times);
     case Kind::ResetMeter:
         return receiver.resetMeter();
     case Kind::ResetPlayTitle:

@@ -1,9 +1,9 @@
-"""A machine without a sound server, and one that loses it."""
+"""A machine without a sound server, one that loses it, and one whose server does not answer."""
 
 import audio
 import case
 from servers import wait_for
-from window import PLAY, STOP
+from window import PLAY, STOP, Program, Window, is_visible
 
 setUpModule = case.start_desktop
 
@@ -38,6 +38,24 @@ class WithoutServer(case.WindowCase):
         self.window.button(PLAY).press()
         self.window.button(STOP).press()
         self.window.wait_for_title(PLAY)
+
+
+class SilentServer(case.SoundCase):
+
+    def setUp(self):
+        super().setUp()
+        self.server.freeze()
+        self.program = Program(case.desktop, environment=self.server.environment)
+        self.addCleanup(self.program.close)
+
+    def test_the_window_does_not_wait_for_the_server(self):
+        wait_for(lambda: is_visible("ZEMO"), "the window is there")
+        self.assertEqual(self.program.log_lines("Version Minor"), [], "the launch is over")
+
+    def test_the_program_goes_on_without_the_server(self):
+        self.wait_for_log("Version Minor")
+        self.window = Window(self.program)
+        self.window.wait_for_label(NOTICE)
 
 
 class LostServer(case.SoundCase):

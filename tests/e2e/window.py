@@ -41,6 +41,12 @@ def move_window(title, left, top):
                    stdin=subprocess.DEVNULL, check=True)
 
 
+def is_visible(title):
+    return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
+                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                          check=False).returncode == 0
+
+
 def screenshot():
     """The whole screen: rows, columns, and red, green and blue from 0 to 255."""
     picture = subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"],

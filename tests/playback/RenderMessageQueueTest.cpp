@@ -42,6 +42,21 @@ TEST_F(MessageQueue, DeliversEveryKindInItsOrder) {
     EXPECT_EQ(drained(), expected);
 }
 
+TEST_F(MessageQueue, ARepeatedRedrawRequestTakesOnePlaceAndArrivesAsOftenAsItWasSent) {
+    queue_.updateValue(0.25F);
+    queue_.repeatUpdateValue(0.0F, 3);
+    queue_.resetMeter();
+    SentRecorder recorder;
+    EXPECT_EQ(queue_.drain(recorder), 3U);
+    const Sent silent{.kind = Sent::UpdateValue, .level = 0.0F};
+    const std::vector<Sent> expected{{.kind = Sent::UpdateValue, .level = 0.25F},
+                                     silent,
+                                     silent,
+                                     silent,
+                                     {.kind = Sent::ResetMeter}};
+    EXPECT_EQ(recorder.sent, expected);
+}
+
 TEST_F(MessageQueue, IsEmptyAtFirstAndAfterADrain) {
     SentRecorder recorder;
     EXPECT_EQ(queue_.drain(recorder), 0U);

@@ -180,6 +180,7 @@ private:
     void describeSound(const QString& path, const std::string& status);
     void describeLength();
     void describeTransformation(const Refusal& refusal);
+    void styleWindow();
     void showRate();
     void showNotice();
 

@@ -19,13 +19,16 @@ public:
     static constexpr std::size_t kCapacity = 4096; ///< messages; a power of two
     static constexpr std::size_t kReserved = 1024;
 
-    void updateValue(float level) override;          ///< [audio][rt]
+    void updateValue(float level) override; ///< [audio][rt]
+    /// [audio][rt] Takes one place.
+    void repeatUpdateValue(float level, std::uint32_t times) override;
     void resetMeter() override;                      ///< [audio][rt]
     void resetPlayTitle() override;                  ///< [audio][rt]
     void traceIdleCycle(std::int32_t left) override; ///< [audio][rt]
     void traceMissingBuffer() override;              ///< [audio][rt]
 
-    /// [main] Hands every waiting message to `receiver`, oldest first. Returns how many.
+    /// [main] Hands every waiting message to `receiver`, oldest first. Returns how many places
+    /// they took.
     std::size_t drain(RenderDelegate& receiver);
 
     /// [any][rt] Messages other than redraw requests that found no room. Stays 0 in practice.
@@ -37,6 +40,7 @@ private:
         Kind kind = Kind::UpdateValue;
         float level = 0.0F;
         std::int32_t count = 0;
+        std::uint32_t times = 1;
     };
 
     bool push(const Message& message, std::size_t room) noexcept;

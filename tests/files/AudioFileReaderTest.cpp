@@ -233,6 +233,33 @@ TEST_F(OpenSoundFile, WhatCannotBeReadOfReversedDataIsZero) {
               "\nNUM_PACKETS: 3\nNUM_BYTES: 6\nBUF_SIZE: 3");
 }
 
+/// A large file is read in pieces by several threads, which end wherever they end.
+TEST_F(OpenSoundFile, ALargeFileThatCannotBeReadToItsEndIsZeroFromThereOn) {
+    platform::ThreadWorkers workers(3);
+    platform::services().workers = &workers;
+    constexpr std::size_t kPiece = std::size_t{8} << 20;
+    std::vector<float> samples(5 * kPiece / 2 / sizeof(float));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<float>(1 + i % 1000);
+    }
+    const Bytes file = cafFile({}, littleFloats(samples));
+    const std::size_t head = file.size() - samples.size() * sizeof(float);
+    for (const std::size_t readable :
+         {std::size_t{0}, kPiece - 4, kPiece, kPiece + 4, 2 * kPiece, 5 * kPiece / 2}) {
+        platform.files.readableBytes = head + readable;
+        ASSERT_EQ(open("/a.caf", file), "OK");
+        std::vector<float> expected = samples;
+        std::fill(expected.begin() + static_cast<std::ptrdiff_t>(readable / sizeof(float)),
+                  expected.end(), 0.0F);
+        EXPECT_TRUE(currentSound() == expected) << readable;
+        EXPECT_NE(platform.trace.logged.at(platform.trace.logged.size() - 2)
+                      .find("NUM_BYTES: " + std::to_string(readable)),
+                  std::string::npos)
+            << readable;
+    }
+    platform::services().workers = nullptr;
+}
+
 // Refused -----------------------------------------------------------------------------------
 
 TEST_F(OpenSoundFile, TheSameFileAtAnotherRateIsRefused) {

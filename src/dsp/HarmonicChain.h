@@ -45,6 +45,15 @@ struct HarmonicState {
 /// Equal bits, any NaN being equal to any other, in all that later samples hear.
 bool sameState(const HarmonicState& left, const HarmonicState& right);
 
+/// Whether both lead to the same results but for the sign of zeros: all is equal but what is left
+/// in the fourth's blocker, which is next to nothing in both. h2 gives multiples of 2^-53: where
+/// one differs from the one before, nothing of what is left stays in the sum, and where not it is
+/// narrowed to 0. For slopes of at least 0 and below 1.
+bool differInZerosOnly(const HarmonicState& left, const HarmonicState& right);
+
+/// Whether there is so little in the fourth's blocker.
+bool isFourthSpent(const HarmonicState& state);
+
 /// The linear fade-in of the first samples.
 inline double faded(double y, std::int64_t number, std::int64_t attack) {
     return number < attack ? y * static_cast<double>(number) / static_cast<double>(attack) : y;

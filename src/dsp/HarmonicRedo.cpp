@@ -115,4 +115,14 @@ bool HarmonicRedo::run(std::size_t from, std::size_t to, const HarmonicState& wr
     return false;
 }
 
+void HarmonicRedo::runAll(std::size_t length, const HarmonicState& wrong,
+                          const HarmonicState& right) {
+    HarmonicState state = right;
+    if (path_.four && std::isnan(state.fourth.prevOut)) {
+        fillWithNaN(0, length, state); // the fourth's blocker never gets rid of it
+    } else {
+        run(0, length, wrong, state);
+    }
+}
+
 } // namespace zemo::dsp

@@ -18,6 +18,9 @@ public:
     /// they met; else `right` is the state at `to`.
     bool run(std::size_t from, std::size_t to, const HarmonicState& wrong, HarmonicState& right);
 
+    /// The same for the whole sound of that length.
+    void runAll(std::size_t length, const HarmonicState& wrong, const HarmonicState& right);
+
     std::size_t redone() const { return redone_; } ///< samples run one after the other, in all
     std::size_t copied() const { return copied_; } ///< samples that repeated others, in all
 

@@ -1,7 +1,7 @@
 #include "dsp/HarmonicStrips.h"
 
 #include <cmath>
-#include <numeric>
+#include <memory>
 
 #include <hwy/targets.h>
 
@@ -289,23 +289,68 @@ TEST_F(HarmonicStrips, ATonesWholePeriodsAreCopiedNotRedone) {
     }
 }
 
+/// So quiet behind its start that the fourth's blocker gets a constant, but not the second's.
+Sound quietNoise(std::size_t length) {
+    Sound sound = noise(length, 12, 1e-5F);
+    sound.at(300) = 1.0F;
+    for (float& sample : sound) {
+        sample = sample == 0.0F ? 1e-6F : sample;
+    }
+    return sound;
+}
+const Hd kQuiet{.four = true, .slope = 0.6, .mix = 0.5F, .knee = 0.5F, .comp = 0.5F};
+
+TEST_F(HarmonicStrips, WhatIsLeftInTheFourthsBlockerIsUnheardInQuietPassages) {
+    everywhere([&] {
+        const StripReport report = check(quietNoise(20000), kQuiet, kGoodStrips);
+        EXPECT_GE(report.unheard, 100U);
+        EXPECT_LE(report.redone, 3000U);
+    });
+}
+
+TEST_F(HarmonicStrips, AZeroInAQuietPassageHasItsSign) {
+    setWorkers(2);
+    for (const float zero : {0.0F, -0.0F}) {
+        for (std::size_t place = 1000; place < 20000; place += 331) {
+            check(withSample(quietNoise(20000), place, zero), kQuiet, kGoodStrips);
+        }
+    }
+    for (const bool two : {false, true}) { // without the second all of the passage is zeros
+        Hd hd = kQuiet;
+        hd.two = two;
+        hd.mix = 1.0F;
+        check(quietNoise(20000), hd, kGoodStrips);
+    }
+}
+
+TEST_F(HarmonicStrips, AfterAQuietPassageTheStateIsKnownAgain) {
+    everywhere([&] {
+        Sound sound = quietNoise(20000);
+        const Sound loud = noise(20000, 14);
+        std::copy(loud.begin() + 9000, loud.begin() + 9600, sound.begin() + 9000);
+        std::fill(sound.begin() + 14000, sound.begin() + 17000, 0.0F);
+        std::copy(loud.begin() + 17000, loud.begin() + 17100, sound.begin() + 17000);
+        check(sound, kQuiet, kGoodStrips);
+        check(sound, kQuiet, kShortStrips);
+    });
+}
+
 TEST_F(HarmonicStrips, QuietSoundsAreThePlainFormsToTheBit) {
     everywhere([&] {
         for (const float peak : {1e-3F, 1e-5F, 1e-9F, 1e-30F, 1e-42F}) {
             // One loud sample, so that the driver stays quiet.
             const Sound sound = withSample(noise(6000, 12, peak), 1234, 1.0F);
-            for (const bool four : {false, true}) {
-                for (const std::int32_t hpSelect : {0, 1}) {
-                    check(sound,
-                          {.four = four,
-                           .scale = true,
-                           .hpSelect = hpSelect,
-                           .slope = 0.6,
-                           .mix = 0.5F,
-                           .knee = 0.5F,
-                           .comp = 0.5F},
-                          kGoodStrips);
-                }
+            for (std::uint32_t bits = 0; bits < 16; ++bits) {
+                check(sound,
+                      {.two = (bits & 1U) != 0,
+                       .four = (bits & 2U) != 0,
+                       .scale = true,
+                       .hpSelect = (bits & 4U) != 0 ? 1 : 0,
+                       .slope = 0.6,
+                       .mix = (bits & 8U) != 0 ? 0.5F : 1.0F,
+                       .knee = 0.5F,
+                       .comp = 0.5F},
+                      kGoodStrips);
             }
         }
     });

@@ -19,10 +19,11 @@ struct StripPlan {
 
 /// What came of the guesses.
 struct StripReport {
-    std::size_t strips = 0; ///< 0: done in one
-    std::size_t failed = 0; ///< strips that began from another state than was left to them
-    std::size_t redone = 0; ///< samples run once more, one after the other
-    std::size_t copied = 0; ///< samples of these that repeated earlier ones
+    std::size_t strips = 0;  ///< 0: done in one
+    std::size_t failed = 0;  ///< strips that began from another state than was left to them
+    std::size_t unheard = 0; ///< strips that this made no difference to
+    std::size_t redone = 0;  ///< samples run once more, one after the other
+    std::size_t copied = 0;  ///< samples of these that repeated earlier ones
 };
 
 /// The plan for such a run; run-up 0 where its DC blocker forgets too slowly or not at all for

@@ -78,7 +78,7 @@ DcState StripRun::blockerAfterSecond(const HarmonicState& start) const {
 
 void StripRun::runGroup(std::size_t group) {
     const std::size_t start = cut_.start(group * kStripsAbreast);
-    StripStates states;
+    StripStates states{};
     for (std::size_t strip = 0; strip < kStripsAbreast; ++strip) {
         states.set(strip, guessAt(start + strip * cut_.stride - plan_.runUp));
     }

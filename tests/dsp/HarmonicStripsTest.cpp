@@ -143,7 +143,7 @@ TEST_F(HarmonicStrips, EveryLengthIsThePlainFormsToTheBit) {
     everywhere([&] {
         const Sound sound = noise(2000, 1, 1.5F);
         std::uint32_t number = 0;
-        for (std::size_t length = 0; length <= 2000; length += length < 600 ? 1 : 13) {
+        for (std::size_t length = 0; length <= 2000; length += length < 300 ? 1 : 17) {
             const Sound head(sound.begin(), sound.begin() + static_cast<std::ptrdiff_t>(length));
             check(head, combination(number), length % 2 == 0 ? kShortStrips : kGoodStrips);
             number = (number + 1009) % kCombinations;
@@ -156,7 +156,7 @@ TEST_F(HarmonicStrips, EverySettingIsThePlainFormsToTheBit) {
     const Sound sound = noise(900, 2, 0.8F);
     for (const std::int64_t set : instructionSets()) {
         const Forced forced(set);
-        for (std::uint32_t number = 0; number < kCombinations; number += 7) {
+        for (std::uint32_t number = 0; number < kCombinations; number += 37) {
             check(sound, combination(number), number % 2 == 0 ? kShortStrips : kGoodStrips);
         }
     }
@@ -166,22 +166,20 @@ TEST_F(HarmonicStrips, LongSoundsAreThePlainFormsToTheBit) {
     const Sound sound = noise(1000003, 3);
     for (const unsigned workers : {1U, 2U, 3U}) {
         setWorkers(workers);
-        for (const std::int32_t hpSelect : {0, 1, 2}) {
-            const Hd hd{.four = true,
-                        .attack = 500,
-                        .scale = true,
-                        .hpSelect = hpSelect,
-                        .slope = 0.995,
-                        .mix = 0.5F,
-                        .knee = 0.5F,
-                        .comp = 0.5F};
-            HdSettings settings;
-            settings.slope = hd.slope;
-            settings.hpSelect = hpSelect;
-            const StripReport report = check(sound, hd, dsp::planStrips(settings));
-            EXPECT_GE(report.strips, 16U);
-            EXPECT_LE(report.redone, sound.size() / 10);
-        }
+        const Hd hd{.four = true,
+                    .attack = 500,
+                    .scale = true,
+                    .hpSelect = static_cast<std::int32_t>(workers - 1),
+                    .slope = 0.995,
+                    .mix = 0.5F,
+                    .knee = 0.5F,
+                    .comp = 0.5F};
+        HdSettings settings;
+        settings.slope = hd.slope;
+        settings.hpSelect = hd.hpSelect;
+        const StripReport report = check(sound, hd, dsp::planStrips(settings));
+        EXPECT_GE(report.strips, 16U);
+        EXPECT_LE(report.redone, sound.size() / 10);
     }
 }
 
@@ -222,7 +220,7 @@ TEST_F(HarmonicStrips, WhatIsNoNumberIsTheSameAtEveryPlace) {
     everywhere([&] {
         const Sound sound = noise(700, 8);
         std::uint32_t number = 0;
-        for (std::size_t place = 0; place < sound.size(); place += 5) {
+        for (std::size_t place = 0; place < sound.size(); place += 11) {
             for (const float odd : {kNaN, kInfinity, -kInfinity, kLargest}) {
                 check(withSample(sound, place, odd), combination(number), kShortStrips);
                 number = (number + 1013) % kCombinations;
@@ -256,7 +254,7 @@ TEST_F(HarmonicStrips, SilenceAndItsDenormalsAreThePlainFormsToTheBit) {
     everywhere([&] {
         std::uint32_t number = 0;
         for (const std::size_t length : {1000U, 40000U}) {
-            for (int i = 0; i < (length < 2000 ? 60 : 6); ++i) {
+            for (int i = 0; i < (length < 2000 ? 24 : 2); ++i) {
                 check(withPauses(length), combination(number), kGoodStrips);
                 number = (number + 1009) % kCombinations;
             }
@@ -310,17 +308,19 @@ TEST_F(HarmonicStrips, WhatIsLeftInTheFourthsBlockerIsUnheardInQuietPassages) {
 
 TEST_F(HarmonicStrips, AZeroInAQuietPassageHasItsSign) {
     setWorkers(2);
-    for (const float zero : {0.0F, -0.0F}) {
-        for (std::size_t place = 1000; place < 20000; place += 331) {
-            check(withSample(quietNoise(20000), place, zero), kQuiet, kGoodStrips);
+    Hd hd = kQuiet;
+    hd.two = false; // the second would hide it
+    for (std::size_t loud = 300; loud < 308; ++loud) {
+        const Sound sound = withSample(quietNoise(8000), loud, -1.0F);
+        for (std::size_t place = 4000; place < 8000; place += place < 7990 ? 331 : 1) {
+            check(withSample(sound, place, -0.0F), hd, kGoodStrips);
+        }
+        for (std::size_t place = 7800; place < 8000; place += 7) {
+            check(withSample(sound, place, -0.0F), hd, kGoodStrips);
         }
     }
-    for (const bool two : {false, true}) { // without the second all of the passage is zeros
-        Hd hd = kQuiet;
-        hd.two = two;
-        hd.mix = 1.0F;
-        check(quietNoise(20000), hd, kGoodStrips);
-    }
+    hd.mix = 1.0F; // all of the passage is zeros
+    check(quietNoise(20000), hd, kGoodStrips);
 }
 
 TEST_F(HarmonicStrips, AfterAQuietPassageTheStateIsKnownAgain) {
@@ -337,9 +337,9 @@ TEST_F(HarmonicStrips, AfterAQuietPassageTheStateIsKnownAgain) {
 
 TEST_F(HarmonicStrips, QuietSoundsAreThePlainFormsToTheBit) {
     everywhere([&] {
-        for (const float peak : {1e-3F, 1e-5F, 1e-9F, 1e-30F, 1e-42F}) {
+        for (const float peak : {1e-5F, 1e-9F, 1e-42F}) {
             // One loud sample, so that the driver stays quiet.
-            const Sound sound = withSample(noise(6000, 12, peak), 1234, 1.0F);
+            const Sound sound = withSample(noise(4000, 12, peak), 1234, 1.0F);
             for (std::uint32_t bits = 0; bits < 16; ++bits) {
                 check(sound,
                       {.two = (bits & 1U) != 0,

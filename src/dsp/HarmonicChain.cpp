@@ -50,7 +50,7 @@ bool sameState(const HarmonicState& left, const HarmonicState& right) {
 }
 
 bool isFourthSpent(const HarmonicState& state) {
-    return std::fabs(state.fourth.prevOut) < 0x1p-500;
+    return std::fabs(state.fourth.prevOut) < 0x1p-160;
 }
 
 bool differInZerosOnly(const HarmonicState& left, const HarmonicState& right) {

@@ -82,7 +82,15 @@ void StripRun::runGroup(std::size_t group) {
     for (std::size_t strip = 0; strip < kStripsAbreast; ++strip) {
         states.set(strip, guessAt(start + strip * cut_.stride - plan_.runUp));
     }
-    runStrips(path_, &input_[start - plan_.runUp], nullptr, cut_.stride, plan_.runUp, states);
+    const float* const early = &input_[start - plan_.runUp];
+    const std::size_t filtered = plan_.filterRunUp;
+    runStrips(path_, early, nullptr, cut_.stride, filtered, states);
+    if (filtered > 0) { // a wrong start of the high-pass is a bang that would take long to fade
+        states.secondOut.fill(0.0);
+        states.fourthIn.fill(path_.four ? h2(0.0) : 0.0);
+        states.fourthOut.fill(0.0);
+    }
+    runStrips(path_, early + filtered, nullptr, cut_.stride, plan_.runUp - filtered, states);
     begun_[group] = states;
     raise(groupsPeak_,
           runStrips(path_, &input_[start], &output_[start], cut_.stride, cut_.stride, states));

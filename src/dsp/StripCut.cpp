@@ -22,9 +22,9 @@ StripPlan planStrips(const HdSettings& settings) {
     if (!(settings.slope >= 0.0 && settings.slope <= kSteepest)) {
         return plan;
     }
-    const auto runUp = static_cast<std::size_t>(kDcRunUp / (1.0 - settings.slope)) +
-                       (settings.hpSelect > 0 ? kFilterRunUp : 0);
-    plan.runUp = (runUp / kUnit + 1) * kUnit;
+    const auto dcRunUp = static_cast<std::size_t>(kDcRunUp / (1.0 - settings.slope));
+    plan.filterRunUp = settings.hpSelect > 0 ? kFilterRunUp : 0;
+    plan.runUp = plan.filterRunUp + (dcRunUp / kUnit + 1) * kUnit;
     plan.shortest = std::max(kUnit * kUnit, plan.runUp / 4 / kUnit * kUnit);
     plan.longest = std::max(kLongest, 16 * plan.runUp);
     return plan;

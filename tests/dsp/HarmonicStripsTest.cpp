@@ -16,9 +16,9 @@ using dsp::StripReport;
 using plain::Hd;
 
 /// So short that sounds of some hundred samples have strips, and guesses fail.
-constexpr StripPlan kShortStrips{.runUp = 16, .shortest = 16, .longest = 32};
+constexpr StripPlan kShortStrips{.runUp = 16, .filterRunUp = 0, .shortest = 16, .longest = 32};
 /// Long enough for most guesses at slopes up to 0.6.
-constexpr StripPlan kGoodStrips{.runUp = 128, .shortest = 16, .longest = 64};
+constexpr StripPlan kGoodStrips{.runUp = 128, .filterRunUp = 32, .shortest = 16, .longest = 64};
 
 /// The instruction sets that this processor has of those that the kernels are compiled for.
 std::vector<std::int64_t> instructionSets() {
@@ -185,7 +185,8 @@ TEST_F(HarmonicStrips, LongSoundsAreThePlainFormsToTheBit) {
 
 TEST_F(HarmonicStrips, AGoodGuessNeedsNoRedoing) {
     setWorkers(2);
-    const StripReport report = check(noise(20000, 4), {.four = true, .slope = 0.6}, {256, 16, 512});
+    const StripReport report =
+        check(noise(20000, 4), {.four = true, .slope = 0.6}, {256, 0, 16, 512});
     EXPECT_GE(report.strips, 32U);
     EXPECT_EQ(report.failed, 0U);
     EXPECT_EQ(report.redone, 0U);
@@ -193,7 +194,7 @@ TEST_F(HarmonicStrips, AGoodGuessNeedsNoRedoing) {
 
 TEST_F(HarmonicStrips, AFailedGuessIsRedoneOnlyUntilTheStatesMeet) {
     setWorkers(1);
-    const StripReport report = check(noise(200000, 5), {.slope = 0.9}, {16, 16, 12000});
+    const StripReport report = check(noise(200000, 5), {.slope = 0.9}, {16, 0, 16, 12000});
     EXPECT_EQ(report.failed, report.strips);
     EXPECT_GT(report.redone, 0U);
     EXPECT_LE(report.redone, report.strips * 1000);
@@ -267,7 +268,7 @@ TEST_F(HarmonicStrips, SilenceIsCopiedNotRedone) {
     const Hd hd{.four = true, .slope = 0.6, .mix = 0.5F, .knee = 0.5F, .comp = 0.5F};
     Sound sound = noise(400000, 11);
     std::fill(sound.begin() + 100000, sound.end(), 0.0F);
-    const StripReport report = check(sound, hd, {256, 16, 4096});
+    const StripReport report = check(sound, hd, {256, 0, 16, 4096});
     EXPECT_GT(report.failed, 0U);
     EXPECT_LE(report.redone, 30000U);
 }
@@ -281,7 +282,7 @@ TEST_F(HarmonicStrips, ATonesWholePeriodsAreCopiedNotRedone) {
     for (const std::int32_t hpSelect : {0, 1, 2}) {
         for (const double slope : {0.9, 0.98}) {
             const Hd hd{.four = true, .hpSelect = hpSelect, .slope = slope, .knee = 0.5F};
-            const StripReport report = check(sound, hd, {4096, 16, 32768});
+            const StripReport report = check(sound, hd, {4096, 2048, 16, 32768});
             EXPECT_LE(report.redone, 150000U) << hpSelect << " " << slope;
         }
     }

@@ -14,8 +14,8 @@ namespace zemo::dsp {
 struct StripPlan {
     std::size_t runUp = 0;
     std::size_t filterRunUp = 0; ///< the part of it before the DC blockers begin, in silence
-    std::size_t shortest = 16; ///< where strips would be shorter the sound is done in one
-    std::size_t longest = 0;   ///< for one vector's lanes; at least `shortest`
+    std::size_t shortest = 16;   ///< where strips would be shorter the sound is done in one
+    std::size_t longest = 0;     ///< for one vector's lanes; at least `shortest`
 };
 
 /// What came of the guesses.

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "dsp/TwoPole.h"
+
 namespace zemo {
 namespace {
 
@@ -41,21 +43,6 @@ std::array<float, 513> makeFirTable() {
     return table;
 }
 
-/// The part of the history that a call begins with.
-void beginHistory(std::array<float, 3>& history) {
-    history[0] = 0.0F;
-    history[1] = 0.0F;
-    if (!std::isfinite(history[2])) {
-        history[2] = 0.0F;
-    }
-}
-
-void shift(std::array<float, 3>& history, float newest) {
-    history[0] = history[1];
-    history[1] = history[2];
-    history[2] = newest;
-}
-
 } // namespace
 
 std::array<float, 3> xv{};
@@ -63,32 +50,30 @@ std::array<float, 3> yv{};
 const std::array<float, 513> firxcoeffs = makeFirTable();
 std::array<float, 513> firxv{};
 
+dsp::TwoPole dsp::twoPole(std::uint8_t selector) {
+    const TwoPoleCoefficients& set = kTwoPoleSets[selector == 1 ? 1 : 0];
+    return {static_cast<float>(set.twoBack), static_cast<float>(set.oneBack),
+            static_cast<float>(set.gain)};
+}
+
+std::array<float, 3> dsp::keptHistory(const std::array<float, 3>& history) {
+    return {0.0F, 0.0F, std::isfinite(history[2]) ? history[2] : 0.0F};
+}
+
 void dsp::twoPoleHighPass(const float* in, float* out, std::int64_t n, std::uint8_t selector,
                           std::array<float, 3>& inputs, std::array<float, 3>& outputs) {
-    const TwoPoleCoefficients& set = kTwoPoleSets[selector == 1 ? 1 : 0];
-    const auto twoBack = static_cast<float>(set.twoBack);
-    const auto oneBack = static_cast<float>(set.oneBack);
-    const auto gain = static_cast<float>(set.gain);
-    beginHistory(inputs);
-    beginHistory(outputs);
+    const TwoPole filter = twoPole(selector);
+    std::array<float, 3> lastIn = keptHistory(inputs);
+    std::array<float, 3> lastOut = keptHistory(outputs);
     for (std::int64_t i = 0; i < n; ++i) {
-        shift(inputs, in[i] / gain);
-        shift(outputs, 0.0F);
-        outputs[2] = (inputs[0] + inputs[2]) - 2.0F * inputs[1] + twoBack * outputs[0] +
-                     oneBack * outputs[1];
-        out[i] = outputs[2];
+        out[i] = filter.step(in[i], lastIn, lastOut);
     }
+    inputs = lastIn;
+    outputs = lastOut;
 }
 
 void two_pole_iir(const float* in, float* out, std::int64_t n, std::uint8_t selector) {
     dsp::twoPoleHighPass(in, out, n, selector, xv, yv);
-}
-
-double dcFilter(double* prevIn, double* prevOut, double x, double r) {
-    const double y = x - *prevIn + r * *prevOut;
-    *prevIn = x;
-    *prevOut = y;
-    return y;
 }
 
 float firhp(float x) {

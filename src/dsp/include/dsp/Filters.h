@@ -29,7 +29,12 @@ void two_pole_iir(const float* in, float* out, std::int64_t n, std::uint8_t sele
 
 /// [any] One step of a DC blocker, y = x - prevIn + r prevOut (J. O. Smith, Introduction to Digital
 /// Filters, "DC Blocker"): the pole is at r. The caller keeps the state.
-double dcFilter(double* prevIn, double* prevOut, double x, double r);
+inline double dcFilter(double* prevIn, double* prevOut, double x, double r) {
+    const double y = x - *prevIn + r * *prevOut;
+    *prevIn = x;
+    *prevOut = y;
+    return y;
+}
 
 /// A low-pass of 513 taps, linear in phase: 1 at DC, 0.98 at 0.005 of the sample rate, 0.5 at 0.01,
 /// below 2e-5 from 0.02 on. The taps sum to 49.9985.

@@ -53,8 +53,8 @@ float compressed(float sample, float knee, float comp);
 /// [any] Even harmonics by waveshaping (D. Arfib, 1979; M. Le Brun, 1979): a driver made from the
 /// input goes through h2 once for the second harmonic and twice for the fourth. `inputs` and
 /// `outputs` are the high-pass's history. `output` has the input's length and is not the input.
-/// Needs 20 bytes a sample beside them; std::bad_alloc when they are not to be had, with nothing
-/// changed.
+/// Runs on all workers; beside the arrays it needs some kilobytes for each 10 million
+/// samples; std::bad_alloc when they are not to be had, with the histories as they were.
 void addHarmonics(std::span<const float> input, std::span<float> output, const HdSettings& settings,
                   std::array<float, 3>& inputs, std::array<float, 3>& outputs);
 

@@ -3,9 +3,8 @@
 #include <cmath>
 #include <memory>
 
-#include <hwy/targets.h>
-
 #include "PlainForms.h"
+#include "Variants.h"
 #include "platform_linux/LinuxServices.h"
 
 namespace zemo::test {
@@ -19,32 +18,6 @@ using plain::Hd;
 constexpr StripPlan kShortStrips{.runUp = 16, .filterRunUp = 0, .shortest = 16, .longest = 32};
 /// Long enough for most guesses at slopes up to 0.6.
 constexpr StripPlan kGoodStrips{.runUp = 128, .filterRunUp = 32, .shortest = 16, .longest = 64};
-
-/// The instruction sets that this processor has of those that the kernels are compiled for.
-std::vector<std::int64_t> instructionSets() {
-    std::vector<std::int64_t> sets{HWY_SCALAR};
-    for (const std::int64_t set : {HWY_SSE4, HWY_AVX2, HWY_AVX3}) {
-        if ((hwy::SupportedTargets() & set) != 0) {
-            sets.push_back(set);
-        }
-    }
-    return sets;
-}
-
-/// Only that instruction set for as long as the object lives.
-class Forced {
-public:
-    explicit Forced(std::int64_t set) {
-        hwy::SetSupportedTargetsForTest(set);
-        hwy::GetChosenTarget().DeInit();
-    }
-    Forced(const Forced&) = delete;
-    Forced& operator=(const Forced&) = delete;
-    ~Forced() {
-        hwy::SetSupportedTargetsForTest(0);
-        hwy::GetChosenTarget().DeInit();
-    }
-};
 
 class HarmonicStrips : public DspTest {
 protected:
@@ -72,18 +45,6 @@ protected:
             EXPECT_EQ(outputs, (std::array<float, 3>{9.0F, 9.0F, -0.125F}));
         }
         return report;
-    }
-
-    /// All pairs of instruction set and number of workers.
-    template <typename Body> void everywhere(const Body& body) {
-        for (const std::int64_t set : instructionSets()) {
-            const Forced forced(set);
-            for (const unsigned workers : {1U, 2U, 3U}) {
-                SCOPED_TRACE(testing::Message() << "set " << set << " workers " << workers);
-                setWorkers(workers);
-                body();
-            }
-        }
     }
 
 private:
@@ -140,7 +101,7 @@ Hd combination(std::uint32_t number) {
 constexpr std::uint32_t kCombinations = 3U * 2 * 4 * 4 * 2 * 3 * 3 * 3 * 3;
 
 TEST_F(HarmonicStrips, EveryLengthIsThePlainFormsToTheBit) {
-    everywhere([&] {
+    underEveryVariant([&] {
         const Sound sound = noise(2000, 1, 1.5F);
         std::uint32_t number = 0;
         for (std::size_t length = 0; length <= 2000; length += length < 300 ? 1 : 17) {
@@ -152,10 +113,9 @@ TEST_F(HarmonicStrips, EveryLengthIsThePlainFormsToTheBit) {
 }
 
 TEST_F(HarmonicStrips, EverySettingIsThePlainFormsToTheBit) {
-    setWorkers(2);
     const Sound sound = noise(900, 2, 0.8F);
     for (const std::int64_t set : instructionSets()) {
-        const Forced forced(set);
+        const Variant variant(set, 2);
         for (std::uint32_t number = 0; number < kCombinations; number += 37) {
             check(sound, combination(number), number % 2 == 0 ? kShortStrips : kGoodStrips);
         }
@@ -218,7 +178,7 @@ TEST_F(HarmonicStrips, APoleOnTheCircleIsDoneInOne) {
 }
 
 TEST_F(HarmonicStrips, WhatIsNoNumberIsTheSameAtEveryPlace) {
-    everywhere([&] {
+    underEveryVariant([&] {
         const Sound sound = noise(700, 8);
         std::uint32_t number = 0;
         for (std::size_t place = 0; place < sound.size(); place += 11) {
@@ -252,7 +212,7 @@ Sound withPauses(std::size_t length) {
 }
 
 TEST_F(HarmonicStrips, SilenceAndItsDenormalsAreThePlainFormsToTheBit) {
-    everywhere([&] {
+    underEveryVariant([&] {
         std::uint32_t number = 0;
         for (const std::size_t length : {1000U, 40000U}) {
             for (int i = 0; i < (length < 2000 ? 24 : 2); ++i) {
@@ -300,7 +260,7 @@ Sound quietNoise(std::size_t length) {
 const Hd kQuiet{.four = true, .slope = 0.6, .mix = 0.5F, .knee = 0.5F, .comp = 0.5F};
 
 TEST_F(HarmonicStrips, WhatIsLeftInTheFourthsBlockerIsUnheardInQuietPassages) {
-    everywhere([&] {
+    underEveryVariant([&] {
         const StripReport report = check(quietNoise(20000), kQuiet, kGoodStrips);
         EXPECT_GE(report.unheard, 100U);
         EXPECT_LE(report.redone, 3000U);
@@ -325,7 +285,7 @@ TEST_F(HarmonicStrips, AZeroInAQuietPassageHasItsSign) {
 }
 
 TEST_F(HarmonicStrips, AfterAQuietPassageTheStateIsKnownAgain) {
-    everywhere([&] {
+    underEveryVariant([&] {
         Sound sound = quietNoise(20000);
         const Sound loud = noise(20000, 14);
         std::copy(loud.begin() + 9000, loud.begin() + 9600, sound.begin() + 9000);
@@ -337,7 +297,7 @@ TEST_F(HarmonicStrips, AfterAQuietPassageTheStateIsKnownAgain) {
 }
 
 TEST_F(HarmonicStrips, QuietSoundsAreThePlainFormsToTheBit) {
-    everywhere([&] {
+    underEveryVariant([&] {
         for (const float peak : {1e-5F, 1e-9F, 1e-42F}) {
             // One loud sample, so that the driver stays quiet.
             const Sound sound = withSample(noise(4000, 12, peak), 1234, 1.0F);
@@ -358,7 +318,7 @@ TEST_F(HarmonicStrips, QuietSoundsAreThePlainFormsToTheBit) {
 }
 
 TEST_F(HarmonicStrips, ADecayToNothingIsThePlainFormsToTheBit) {
-    everywhere([&] {
+    underEveryVariant([&] {
         Sound sound = noise(30000, 13);
         double level = 1.0;
         for (float& sample : sound) {
@@ -379,7 +339,7 @@ TEST_F(HarmonicStrips, ADecayToNothingIsThePlainFormsToTheBit) {
 }
 
 TEST_F(HarmonicStrips, ThePeakIsTheSameAtEveryPlaceAndLength) {
-    everywhere([&] {
+    underEveryVariant([&] {
         for (std::size_t length = 0; length < 70; ++length) {
             for (std::size_t place = 0; place < length; ++place) {
                 const Sound sound = withSample(Sound(length, kNaN), place, -0.75F);

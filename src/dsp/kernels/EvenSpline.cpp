@@ -281,7 +281,8 @@ HWY_INLINE Places intervalsOf(const EvenGrids& grids, const Divisor& rate, std::
         places = placesAt(number, rate);
     }
     const auto isBeyond = hn::Gt(places.number, hn::Set(d, static_cast<double>(grids.knots - 2)));
-    const auto isOnKnot = hn::Eq(t, places.left);
+    // The first point ends nothing: there is no interval before it.
+    const auto isOnKnot = hn::And(hn::Eq(t, places.left), hn::Gt(places.number, hn::Zero(d)));
     if (HWY_LIKELY(hn::AllFalse(d, hn::Or(isOnKnot, isBeyond)))) {
         return places;
     }

@@ -18,8 +18,8 @@ public:
     /// [main], [worker] The file's size when it was opened.
     virtual std::uint64_t size() const = 0;
 
-    /// [main], [worker] Reads up to `count` bytes from `offset` on, also on several threads at once.
-    /// Returns the bytes really read; fewer than asked at the file's end or after an error.
+    /// [main], [worker] Reads up to `count` bytes from `offset` on, also on several threads at
+    /// once. Returns the bytes really read; fewer than asked at the file's end or after an error.
     virtual std::size_t readAt(std::uint64_t offset, void* destination, std::size_t count) = 0;
 };
 

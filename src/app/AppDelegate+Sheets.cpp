@@ -191,12 +191,7 @@ void AppDelegate::ResampleDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::resample() {
-    transform(resampleRefusal(rvalue), [this] {
-        if (fBuffersize.load() == 0) {
-            make_revert(ustruct, nullptr, 0); // the copy of no sound
-        }
-        return resampleBuffer(rvalue, &ustruct);
-    });
+    transform(resampleRefusal(rvalue), [this] { return resampleBuffer(rvalue, &ustruct); });
 }
 
 void AppDelegate::resamplingOkButtonPressed(QObject* /*sender*/) {

@@ -132,6 +132,17 @@ TEST_F(OutOfMemory, ResamplingIsRefusedAndTheSoundStays) {
     EXPECT_EQ(refuseEachBlockInTurn([] { return resampleBuffer(1.5F); }), 2);
 }
 
+TEST_F(OutOfMemory, ARefusedTransformationLeavesTheCopyForRevert) {
+    undo_struct undo;
+    ASSERT_TRUE(make_revert(undo, fBuffer.load(), 100));
+    const float* const block = undo.buf.get();
+    largeBlocksLeft = 0;
+    EXPECT_TRUE(amBuffer(440.0F, 1.0F, &undo).has_value());
+    EXPECT_TRUE(resampleBuffer(-1.0F, &undo).has_value());
+    EXPECT_EQ(undo.buf.get(), block);
+    EXPECT_EQ(undo.bufsize, 100);
+}
+
 TEST_F(OutOfMemory, ACopyForRevertIsNotTakenAndTheOldOneStays) {
     undo_struct undo;
     ASSERT_TRUE(make_revert(undo, fBuffer.load(), 100));

@@ -68,6 +68,7 @@ TEST_F(Resampler, ALengthThatCannotBeIsRefused) {
 TEST_F(Resampler, WithoutASoundItOnlyLogs) {
     R = 44100.0;
     for (const float ratio : {2.0F, -1.0F, kNaN}) {
+        EXPECT_FALSE(resampleRefusal(ratio).has_value());
         EXPECT_FALSE(resampleBuffer(ratio).has_value());
     }
     EXPECT_EQ(platform_.trace.all, std::vector<std::string>(3, "log: Nothing to resample"));

@@ -1,8 +1,13 @@
 #include "dsp/Revert.h"
 
+#include <functional>
+
 #include "Sounds.h"
 #include "dsp/AmplitudeModulation.h"
+#include "dsp/HarmonicProcessor.h"
+#include "dsp/PhaseModulation.h"
 #include "dsp/Resampler.h"
+#include "dsp/SingleSideband.h"
 #include "playback/SharedState.h"
 
 namespace zemo::test {
@@ -35,6 +40,28 @@ TEST_F(Revert, BringsBackTheSoundBeforeTheStep) {
     ASSERT_FALSE(amBuffer(440.0F, 1.0F).has_value());
     revert(undo_);
     EXPECT_TRUE(sameBits(currentSound(), sound));
+}
+
+/// Each hands over the very block that it replaces, as a copy would have it.
+TEST_F(Revert, EveryTransformationLeavesTheSoundBeforeItAsTheCopy) {
+    const std::vector<std::function<Refusal()>> transformations{
+        [this] { return amBuffer(440.0F, 1.0F, &undo_); },
+        [this] { return ssbmBuffer(true, 440.0F, 1.0F, &undo_); },
+        [this] { return pmBuffer(440.0F, 1.0F, 8.0F, &undo_); },
+        [this] { return hd(true, true, false, 100, true, 1, 0.9, 0.5F, 0.5F, 0.5F, &undo_); },
+        [this] { return resampleBuffer(1.5F, &undo_); },
+    };
+    for (const auto& transformation : transformations) {
+        const Sound sound = noise(8000, 5);
+        loadSound(sound);
+        const float* const block = fBuffer.load();
+        ASSERT_FALSE(transformation().has_value());
+        EXPECT_FALSE(sameBits(currentSound(), sound));
+        EXPECT_EQ(undo_.buf.get(), block);
+        EXPECT_TRUE(sameBits(kept(), sound));
+        revert(undo_);
+        EXPECT_TRUE(sameBits(currentSound(), sound));
+    }
 }
 
 TEST_F(Revert, TwiceIsIdentity) {

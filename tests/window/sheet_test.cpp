@@ -251,6 +251,19 @@ private slots:
                  QString("The resampling ratio must be a number above 0."));
     }
 
+    void resamplingNoSoundOnlyLogs_data() { addMechanisms(); }
+    void resamplingNoSoundOnlyLogs() {
+        QFETCH(const int, minor);
+        SheetUnderTest zemo(minor);
+        zemo.delegate.ResampleDialog(nullptr); // which does not open without one
+        emptyBuffer();
+        zemo.delegate.resamplingOkButton->click();
+        const Lines all = zemo.traced();
+        QCOMPARE(std::count(all.begin(), all.end(), "log: Nothing to resample"), 1);
+        QCOMPARE(fBuffersize.load(), 0);
+        QCOMPARE(zemo.delegate.ustruct.bufsize, 0);
+    }
+
     void theAmSheetDoesWhatItsSegmentSays_data() {
         QTest::addColumn<int>("minor");
         QTest::addColumn<int>("segment");

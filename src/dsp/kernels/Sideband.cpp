@@ -23,6 +23,7 @@ namespace zemo::dsp {
 struct SidebandKernel {
     static constexpr std::size_t kCentre = 256;
     static constexpr std::size_t kRowsTogether = 8;
+    static constexpr std::size_t kMostLanes = 8;
 
     SidebandChunk& chunk;
 
@@ -48,6 +49,7 @@ HWY_BEFORE_NAMESPACE();
 namespace zemo::dsp::HWY_NAMESPACE {
 
 std::size_t vectorLanes() {
+    static_assert(hn::MaxLanes(Doubles()) <= SidebandKernel::kMostLanes);
     return hn::Lanes(Doubles());
 }
 
@@ -240,10 +242,8 @@ HWY_AFTER_NAMESPACE();
 namespace zemo::dsp {
 namespace {
 
-constexpr std::size_t kMostLanes = 8;
-/// The staged rows of all lanes: the chunk, each lane's history, and the padding at both ends.
-constexpr std::size_t kStagedSize = kSidebandChunk + (512 + 2 * 8 + 8) * kMostLanes;
-constexpr std::size_t kSlack = kMostLanes * SidebandKernel::kRowsTogether;
+/// The lanes' parts are rounded up to whole groups of rows.
+constexpr std::size_t kSlack = SidebandKernel::kMostLanes * SidebandKernel::kRowsTogether;
 constexpr std::size_t kArraySize = kSidebandChunk + kSlack;
 
 /// In units of the largest sample that the sum hears. The magnitudes of the taps over the gain sum
@@ -273,7 +273,10 @@ HWY_EXPORT(largestOf);
 HWY_EXPORT(writeOutput);
 
 std::size_t SidebandChunk::scratchSize() {
-    return 2 * kArraySize + kSidebandChunk / kSidebandGroup + kStagedSize;
+    // The staged rows of all lanes: each lane's part, its history, and the padding at both ends.
+    constexpr std::size_t kStaged =
+        kArraySize + (kHistory + 3 * kPaddingRows) * SidebandKernel::kMostLanes;
+    return 2 * kArraySize + kSidebandChunk / kSidebandGroup + kStaged;
 }
 
 SidebandChunk::SidebandChunk(const SidebandRun& run, double* scratch)

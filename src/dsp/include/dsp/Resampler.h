@@ -32,7 +32,7 @@ void resample(std::span<const float> input, std::span<float> output, float ratio
 
 } // namespace dsp
 
-/// [any] Why the sound cannot be resampled by `ratio`. No sound always can.
+/// [any] Why the sound cannot be resampled by `ratio`; of no sound nothing is asked.
 Refusal resampleRefusal(float ratio);
 
 /// [main] Changes the sound's number of samples by `ratio`, the rate as it is: above 1 it plays

@@ -123,8 +123,8 @@ public:
     std::map<std::string, std::string> links;                ///< symbolic links
     std::map<std::string, platform::FileStatus> statuses;    ///< of files that are not plain
     std::map<std::string, platform::FileStatus> permissions; ///< what setPermissions was given
-    std::uint64_t finished =
-        0; ///< bytes that finishSync was given, from the first on without a gap
+    /// Bytes that finishSync was given, from the first on without a gap.
+    std::uint64_t finished = 0;
 
     int followLinks(const std::string& path, std::string& target) override;
     int inspect(const std::string& path, platform::FileStatus& status) override;

@@ -47,8 +47,8 @@ enum class SplineOutcome : std::uint8_t {
 inline constexpr std::int64_t kSplineRunUp = 64;
 
 /// [main], [worker] Writes all points, on all workers. `runUp` is at least 2; one as long as the
-/// sound makes the result exact in any case. Needs 220 KiB a worker at the usual run-up, and 64 bytes for each 8192
-/// samples; std::bad_alloc when they are not to be had.
+/// sound makes the result exact in any case. Needs 220 KiB a worker at the usual run-up, and 64
+/// bytes for each 8192 samples; std::bad_alloc when they are not to be had.
 SplineOutcome splineOnEvenGrids(const EvenGrids& grids, std::int64_t runUp = kSplineRunUp);
 
 } // namespace zemo::dsp

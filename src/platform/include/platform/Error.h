@@ -14,6 +14,7 @@ enum class ErrorCategory : std::uint8_t {
     Malformed,    ///< says of itself what cannot be
     OutOfMemory,
     DeviceFailed,
+    Cancelled, ///< by the user
 };
 
 /// What went wrong, for a person.

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 
+#include "platform/Progress.h"
 #include "platform/Services.h"
 #include "platform/Workers.h"
 
@@ -18,12 +19,22 @@ inline unsigned workersFor(std::size_t pieces) {
 }
 
 /// Calls work(piece, worker) for each piece from 0 to pieces - 1, begun in that order; worker is
-/// below workersFor(pieces). The work must not throw.
+/// below workersFor(pieces). The work must not throw. A stage of the thread's progress; once that
+/// is asked to stop no further piece is begun, so that the first ones are whole and the others
+/// have not been touched.
 template <typename Work> void forEachPiece(std::size_t pieces, const Work& work) {
+    Progress* const progress = currentProgress();
+    beginStage(pieces);
     std::atomic<std::size_t> next{0};
     const auto takePieces = [&](unsigned worker) {
-        for (std::size_t piece = next++; piece < pieces; piece = next++) {
+        const ProgressScope scope(progress);
+        while (!isStopRequested()) { // asked before a piece is taken: one that is taken is done
+            const std::size_t piece = next++;
+            if (piece >= pieces) {
+                break;
+            }
             work(piece, worker);
+            pieceDone();
         }
     };
     const unsigned workers = workersFor(pieces);

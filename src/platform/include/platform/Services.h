@@ -7,6 +7,7 @@ class AudioOutputService;
 class Clock;
 class FileOperations;
 class FileSystem;
+class LongWork;
 class Memory;
 class MidiService;
 class SystemVersion;
@@ -24,8 +25,9 @@ struct Services {
     MidiService* midi = nullptr;
     SystemVersion* systemVersion = nullptr;
     TraceLog* trace = nullptr;
-    Memory* memory = nullptr;   ///< only gives hints, so it may be absent
-    Workers* workers = nullptr; ///< absent: the caller's thread does it all
+    Memory* memory = nullptr;     ///< only gives hints, so it may be absent
+    Workers* workers = nullptr;   ///< absent: the caller's thread does it all
+    LongWork* longWork = nullptr; ///< absent: long work is just done
 };
 
 /// [any] The one set of services of this process.

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+
+#include "platform/Clock.h"
+#include "platform/Services.h"
+
+namespace zemo::platform {
+
+/// Whether a person may end a piece of work before its time.
+enum class Cancel : std::uint8_t { Allowed, NotAllowed };
+
+/// Work that may take long. A window runs it on another thread, stays awake meanwhile and shows how
+/// far it is; a program without one just does it.
+class LongWork {
+public:
+    /// Must not throw. Reports its progress, and looks whether it is still wanted, by Progress.h.
+    using Work = std::function<void()>;
+
+    LongWork() = default;
+    LongWork(const LongWork&) = delete;
+    LongWork& operator=(const LongWork&) = delete;
+    virtual ~LongWork() = default;
+
+    /// [main] Does `work` and returns at its end. False: it was asked to stop, and what it has made
+    /// is not to be used. Nothing else that could change the sound is begun meanwhile.
+    virtual bool run(const Work& work, Cancel cancel) = 0;
+
+    /// [main] Lets some time pass.
+    virtual void pause(std::chrono::microseconds duration) = 0;
+};
+
+/// [main] The same by the service, or without one on the caller's thread.
+inline bool runLongWork(const LongWork::Work& work, Cancel cancel = Cancel::Allowed) {
+    if (services().longWork != nullptr) {
+        return services().longWork->run(work, cancel);
+    }
+    work();
+    return true;
+}
+
+inline void pauseFor(std::chrono::microseconds duration) {
+    if (services().longWork != nullptr) {
+        services().longWork->pause(duration);
+    } else {
+        services().clock->sleepFor(duration);
+    }
+}
+
+} // namespace zemo::platform

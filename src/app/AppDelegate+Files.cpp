@@ -78,8 +78,16 @@ void AppDelegate::OpenDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::openChosenFile(const QString& path) {
+    if (work_.isBusy()) {
+        return;
+    }
+    work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
     const FileUrl url(fileSystemPath(path));
     const OpenResult result = openByExtension(url, swapRaw);
+    if (result.cancelled) {
+        resultValue_->setText(tr("Cancelled"));
+        return;
+    }
     if (!result.isAudioFile) {
         string = result.status;
     }
@@ -100,8 +108,17 @@ void AppDelegate::classicOpenDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::openChosenRawFile(const QString& path) {
+    if (work_.isBusy()) {
+        return;
+    }
+    work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
     const std::string file = fileSystemPath(path);
-    string = openFile(file.c_str(), swapRaw);
+    const char* const status = openFile(file.c_str(), swapRaw);
+    if (status == kReadingCancelled) {
+        resultValue_->setText(tr("Cancelled"));
+        return;
+    }
+    string = status;
     trace().log(string);
     finishOpening(file, &maxval, true);
     describeSound(path, string);
@@ -120,26 +137,24 @@ void AppDelegate::SaveAsAudioDialog(QObject* /*sender*/) {
     auto* const panel = new SavePanel(window, tr("Save As"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setAllowedFileTypes({"caf", "CAF", "aif", "AIF"});
-    const auto copy = std::make_shared<SoundCopy>(SoundCopy::take());
-    if (copy->empty()) {
-        panel->deleteLater();
-        postTooLarge();
-        return;
-    }
-    connect(panel, &QDialog::finished, this, [this, panel, copy](int result) {
+    connect(panel, &QDialog::finished, this, [this, panel, sound = HeldSound::take()](int result) {
         if (result == QDialog::Accepted) {
             panel->hide();
-            saveCopy(panel->selectedFiles().value(0), *copy);
+            saveHeld(panel->selectedFiles().value(0), sound);
         }
     });
     panel->open();
 }
 
-void AppDelegate::saveCopy(const QString& path, SoundCopy& copy) {
-    const bool saved = saveAsAudioFile(FileUrl(fileSystemPath(path)), copy.bytes());
+void AppDelegate::saveHeld(const QString& path, const HeldSound& sound) {
+    if (work_.isBusy()) {
+        return;
+    }
+    const QString name = QFileInfo(path).fileName();
+    work_.setDescription(tr("Saving %1…").arg(name));
+    const bool saved = saveHeldSound(FileUrl(fileSystemPath(path)), sound);
     trace().log(platform::format("%uc", saved ? 1U : 0U));
     trace().log("no_err"); // whatever the result
-    const QString name = QFileInfo(path).fileName();
     resultValue_->setText(saved ? tr("Saved as %1").arg(name) : tr("%1 was not saved").arg(name));
 }
 
@@ -163,7 +178,9 @@ void AppDelegate::describeLength() {
 
 void AppDelegate::describeTransformation(const Refusal& refusal) {
     describeLength();
-    resultValue_->setText(refusal ? QString::fromStdString(refusal->sentence) : tr("Done"));
+    const bool cancelled = refusal && refusal->category == platform::ErrorCategory::Cancelled;
+    const QString reason = refusal ? QString::fromStdString(refusal->sentence) : tr("Done");
+    resultValue_->setText(cancelled ? tr("Cancelled") : reason);
 }
 
 } // namespace zemo

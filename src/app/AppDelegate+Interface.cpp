@@ -5,6 +5,7 @@
 #include "app/AppDelegate.h"
 #include "interface/InterfaceLoader.h"
 #include "platform/AudioOutput.h"
+#include "platform/Services.h"
 #include "playback/SharedState.h"
 
 namespace zemo {
@@ -33,6 +34,8 @@ bool AppDelegate::loadMainWindow() {
         return false;
     }
     connectActions();
+    work_.setWindow(window);
+    platform::services().longWork = &work_;
     styleWindow();
     notice_->hide();
     return true;

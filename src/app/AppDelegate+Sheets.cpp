@@ -169,9 +169,13 @@ void AppDelegate::cancelSheet(const SheetKind& kind) {
 
 void AppDelegate::transform(const Refusal& refusal,
                             const std::function<Refusal()>& transformation) {
+    if (work_.isBusy()) {
+        return;
+    }
     Refusal reason = refusal;
     if (!reason) {
         fallIdle();
+        work_.setDescription(tr("Transforming the sound…"));
         reason = transformation();
     }
     messages_.drain(*this);
@@ -383,7 +387,7 @@ void AppDelegate::hdSheetDidEnd(QDialog* /*sheet*/, int /*returnCode*/, void* /*
 // Revert --------------------------------------------------------------------------------------
 
 void AppDelegate::revertAction(QObject* /*sender*/) {
-    if (ustruct.bufsize > 0) {
+    if (ustruct.bufsize > 0 && !work_.isBusy()) {
         revert(ustruct);
         messages_.drain(*this);
         describeTransformation(std::nullopt);

@@ -63,6 +63,7 @@ AppDelegate::~AppDelegate() {
     if (bufferPlayer.outputUnit != nullptr) {
         bufferPlayer.outputUnit->stop();
     }
+    platform::services().longWork = nullptr;
     renderDelegate.store(nullptr);
     midiDelegate.store(nullptr);
     delete window;
@@ -96,6 +97,9 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::playButtonPressed(TitledButton* sender) {
+    if (work_.isPausing()) {
+        return; // the end of a play is waited for
+    }
     if (fBuffersize.load() == 0) {
         value.store(0.0F);
         updateTestValue(0.0F);

@@ -40,7 +40,7 @@ SplineOutcome splineOnEvenGrids(const EvenGrids& grids, std::int64_t runUp) {
         SplineGroup group(grids, runUp, scratch.of(worker));
         groups[index] = group.run(static_cast<std::int64_t>(index));
     });
-    return outcomeOf(groups);
+    return platform::isStopRequested() ? SplineOutcome::Stopped : outcomeOf(groups);
 }
 
 } // namespace zemo::dsp

@@ -5,6 +5,7 @@
 
 #include "dsp/Filters.h"
 #include "dsp/HarmonicStrips.h"
+#include "platform/Progress.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
 #include "playback/SharedState.h"
@@ -56,9 +57,18 @@ Refusal hd(bool two, bool four, bool six, std::int32_t attack, bool scale, std::
     }
     const HdSettings settings{two, four, six, attack, scale, hpSelect, slope, mix, knee, comp};
     const auto sound = soundSamples();
-    return replaceSound(fBuffersize.load(), kSlackSamples, undo, [&](std::span<float> result) {
-        dsp::addHarmonics(sound, result, settings, xv, yv);
-    });
+    std::array<float, 3> inputs = xv;
+    std::array<float, 3> outputs = yv;
+    Refusal refusal =
+        replaceSound(fBuffersize.load(), kSlackSamples, undo, [&](std::span<float> result) {
+            platform::expectStages(scale ? 3 : 2);
+            dsp::addHarmonics(sound, result, settings, inputs, outputs);
+        });
+    if (!refusal) {
+        xv = inputs;
+        yv = outputs;
+    }
+    return refusal;
 }
 
 } // namespace zemo

@@ -5,12 +5,15 @@
 #include <cstring>
 #include <limits>
 
+#include "platform/Progress.h"
+
 namespace zemo::dsp {
 namespace {
 
 /// The high-pass has its last finite sample at most so many after the DC blocker's.
 constexpr std::size_t kUntilAllNaN = 8;
 constexpr std::size_t kCopyAtOnce = 1U << 14U;
+constexpr std::size_t kBetweenQuestions = 1U << 14U; ///< samples, whether it is still wanted
 
 /// How many of `most` samples have the bits of those `period` before them.
 std::size_t repeatedSamples(const float* samples, std::size_t period, std::size_t most) {
@@ -89,10 +92,14 @@ bool HarmonicRedo::run(std::size_t from, std::size_t to, const HarmonicState& wr
                        HarmonicState& right) {
     Both states{wrong, right};
     mark_ = {from, states};
+    const std::size_t begun = redone_;
     std::size_t reach = 1; // of the mark: doubled each time, so that any period comes to fit
     for (std::size_t i = from; i < to;) {
         if (sameState(states.wrong, states.right)) {
             return true;
+        }
+        if ((redone_ - begun) % kBetweenQuestions == 0 && platform::isStopRequested()) {
+            break;
         }
         if (std::isnan(states.right.second.prevOut) && to - i >= kUntilAllNaN) {
             fillWithNaN(i, to, states.right);

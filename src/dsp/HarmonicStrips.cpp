@@ -106,6 +106,9 @@ void StripRun::run(HarmonicState& state) {
     runHarmonics(path_, input_.data(), output_.data(), 0, cut_.first, state);
     platform::forEachPiece(cut_.groups,
                            [&](std::size_t group, unsigned /*worker*/) { runGroup(group); });
+    if (platform::isStopRequested()) {
+        return; // most groups have not been run
+    }
     StripCheck check(path_, input_, output_, cut_, begun_, left_, redo_);
     check.run(state);
     runHarmonics(path_, input_.data(), output_.data(), cut_.end(), input_.size(), state);

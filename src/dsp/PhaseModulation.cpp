@@ -161,6 +161,7 @@ Refusal pmBuffer(float cf, float index, float lpf, undo_struct* undo) {
     }
     const auto sound = soundSamples();
     return replaceSound(fBuffersize.load(), kSlackSamples, undo, [&](std::span<float> result) {
+        platform::expectStages(2);
         const auto envelope = dsp::blockEnvelope(sound, dsp::envelopeBlockLength(lpf, R));
         if (dbp) {
             traceEnvelope(envelope);

@@ -101,7 +101,7 @@ void resample(std::span<const float> input, std::span<float> output, float ratio
     }
     if (outcome == SplineOutcome::NotFinite) {
         std::fill(output.begin(), output.end(), std::numeric_limits<float>::quiet_NaN());
-    } else if (outcome != SplineOutcome::Exact) {
+    } else if (outcome != SplineOutcome::Exact && outcome != SplineOutcome::Stopped) {
         resamplePlainly(input, output, ratio, rate); // also where that ends the process
     }
 }

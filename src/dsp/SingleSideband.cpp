@@ -38,7 +38,7 @@ public:
         platform::forEachPiece(chunks_,
                                [&](std::size_t index, unsigned worker) { first(index, worker); });
         const double divisor = peak_.load();
-        if (divisor > 1.0) {
+        if (divisor > 1.0 && !platform::isStopRequested()) {
             platform::forEachPiece(chunks_, [&](std::size_t index, unsigned worker) {
                 SidebandChunk chunk(run_, scratch_.of(worker));
                 chunk.begin(index, phaseBefore_[index]);
@@ -58,6 +58,7 @@ private:
         chunk.transform();
         if (peak_.load() > 1.0 || !chunk.write(1.0)) {
             raise(peak_, chunk.largest(peak_.load()));
+            platform::expectStages(2);
         }
     }
 
@@ -107,11 +108,17 @@ void singleSideband(std::span<const float> input, std::span<float> output, Sideb
 
 Refusal ssbmBuffer(bool upper, float cf, float index, undo_struct* undo) {
     const auto sound = soundSamples();
-    const std::span<double, 513> delayLine(hilbert_xv.data(), 513);
-    return replaceSound(fBuffersize.load(), kSlackSamples, undo, [&](std::span<float> result) {
-        dsp::singleSideband(sound, result, upper ? dsp::Sideband::Upper : dsp::Sideband::Lower, cf,
-                            index, R, delayLine);
-    });
+    std::array<double, 513> delayLine{};
+    std::copy_n(hilbert_xv.begin(), delayLine.size(), delayLine.begin());
+    Refusal refusal =
+        replaceSound(fBuffersize.load(), kSlackSamples, undo, [&](std::span<float> result) {
+            dsp::singleSideband(sound, result, upper ? dsp::Sideband::Upper : dsp::Sideband::Lower,
+                                cf, index, R, delayLine);
+        });
+    if (!refusal) {
+        std::copy(delayLine.begin(), delayLine.end(), hilbert_xv.begin());
+    }
+    return refusal;
 }
 
 } // namespace zemo

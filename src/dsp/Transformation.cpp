@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "platform/LongWork.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
 
@@ -17,10 +18,19 @@ Refusal replaceSound(std::int64_t count, std::int64_t slack, undo_struct* undo,
     if (samples == nullptr) {
         return outOfMemory();
     }
-    try {
-        kernel({samples.get(), static_cast<std::size_t>(count)});
-    } catch (const std::bad_alloc&) {
+    bool outOfScratch = false;
+    const bool done = platform::runLongWork([&] {
+        try {
+            kernel({samples.get(), static_cast<std::size_t>(count)});
+        } catch (const std::bad_alloc&) {
+            outOfScratch = true;
+        }
+    });
+    if (outOfScratch) {
         return outOfMemory();
+    }
+    if (!done) {
+        return cancelled();
     }
     swapBuffer(samples, count, slack);
     if (undo != nullptr) {
@@ -32,6 +42,10 @@ Refusal replaceSound(std::int64_t count, std::int64_t slack, undo_struct* undo,
 platform::Error outOfMemory() {
     return {platform::ErrorCategory::OutOfMemory, std::nullopt,
             "There is not enough memory for this transformation."};
+}
+
+platform::Error cancelled() {
+    return {platform::ErrorCategory::Cancelled, std::nullopt, "Cancelled."};
 }
 
 } // namespace zemo

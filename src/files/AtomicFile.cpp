@@ -4,6 +4,7 @@
 #include <cerrno>
 
 #include "platform/Format.h"
+#include "platform/Progress.h"
 #include "platform/Services.h"
 
 namespace zemo {
@@ -96,6 +97,9 @@ int AtomicFile::openTemporary(const std::string& folder) {
 int AtomicFile::write(const void* bytes, std::size_t count) {
     const auto* next = static_cast<const char*>(bytes);
     while (count > 0) {
+        if (platform::isStopRequested()) {
+            return ECANCELED;
+        }
         const std::size_t room = kBlock - written_ % kBlock;
         const long taken = operations_->write(descriptor_, next, std::min(count, room));
         if (taken == -EINTR) {
@@ -111,6 +115,7 @@ int AtomicFile::write(const void* bytes, std::size_t count) {
             if (const int error = passToDisk(written_ - kBlock)) {
                 return error;
             }
+            platform::pieceDone();
         }
     }
     return 0;
@@ -125,7 +130,20 @@ int AtomicFile::passToDisk(std::size_t block) {
     }));
 }
 
+/// What is under way is awaited block by block, so that the work can be left off in between.
 int AtomicFile::flush() {
+    const std::uint64_t blocks = written_ / kBlock;
+    const std::uint64_t awaited = kUnderWay / kBlock;
+    for (std::uint64_t block = blocks - std::min(blocks, awaited); block < blocks; ++block) {
+        const int error = errorOf(uninterrupted(
+            [&] { return operations_->finishSync(descriptor_, block * kBlock, kBlock); }));
+        if (error != 0 || platform::isStopRequested()) {
+            return error != 0 ? error : ECANCELED;
+        }
+    }
+    if (platform::isStopRequested()) {
+        return ECANCELED;
+    }
     return errorOf(uninterrupted([this] { return operations_->sync(descriptor_); }));
 }
 
@@ -146,6 +164,7 @@ int AtomicFile::replaceTarget() {
 
 WriteOutcome writeAtomically(const std::string& path, std::span<const std::uint8_t> head,
                              std::span<const std::byte> body, std::span<const std::byte> tail) {
+    platform::beginStage((head.size() + body.size() + tail.size()) / kBlock);
     AtomicFile file;
     if (const int error = file.create(path)) {
         return {.createError = error};
@@ -159,6 +178,9 @@ WriteOutcome writeAtomically(const std::string& path, std::span<const std::uint8
     }
     if (error == 0) {
         error = file.flush();
+    }
+    if (error == ECANCELED && platform::isStopRequested()) {
+        return {.cancelled = true};
     }
     if (error != 0) {
         return {.writeError = error};

@@ -185,7 +185,7 @@ Result<ContainerDescription> describeAiff(FileStream& stream, bool compressed) {
 /// On all workers; the bytes up to the first that could not be read count.
 std::uint64_t readInPieces(FileStream& stream, std::uint64_t offset, void* destination,
                            std::uint64_t bytes) {
-    constexpr std::uint64_t kPiece = std::uint64_t{1} << 23U;
+    constexpr std::uint64_t kPiece = std::uint64_t{1} << 22U;
     std::vector<std::uint64_t> taken((bytes + kPiece - 1) / kPiece);
     platform::forEachPiece(taken.size(), [&](std::size_t piece, unsigned /*worker*/) {
         const std::uint64_t from = piece * kPiece;

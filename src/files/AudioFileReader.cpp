@@ -9,7 +9,10 @@
 #include "files/AudioFile.h"
 #include "files/CAByteOrder.h"
 #include "files/PostError.h"
+#include "files/SoundLoader.h"
 #include "platform/Format.h"
+#include "platform/LongWork.h"
+#include "platform/Progress.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
 #include "playback/SharedState.h"
@@ -101,6 +104,9 @@ ReadCounts readData(AudioFile& audio, const Properties& file, float* samples) {
     const std::uint64_t byteCount = file.packetCount * file.format.mBytesPerPacket;
     const std::uint64_t wanted = std::min(byteCount, file.packetCount * sizeof(float));
     const std::uint64_t stored = audio.readBytes(0, wanted, samples);
+    if (platform::isStopRequested()) {
+        return {};
+    }
     std::memset(reinterpret_cast<std::byte*>(samples) + stored, 0,
                 file.packetCount * sizeof(float) - stored);
     if (stored == wanted) {
@@ -118,13 +124,20 @@ const char* load(AudioFile& audio, const Properties& file, bool nativeEndian) {
         postTooLarge();
         return "KO";
     }
-    const ReadCounts read = readData(audio, file, samples.get());
-    logCounts(nativeEndian ? read.packets : file.packetCount, read.bytes, count);
-    if (!nativeEndian) {
-        // Whole words up to the last byte read, whatever the data's format is.
-        const std::uint64_t words = (read.storedBytes + sizeof(float) - 1) / sizeof(float);
-        swapSamples(std::span(samples.get(), words));
+    ReadCounts read;
+    const bool done = platform::runLongWork([&] {
+        platform::expectStages(nativeEndian ? 1 : 2);
+        read = readData(audio, file, samples.get());
+        if (!nativeEndian) {
+            // Whole words up to the last byte read, whatever the data's format is.
+            const std::uint64_t words = (read.storedBytes + sizeof(float) - 1) / sizeof(float);
+            swapSamples(std::span(samples.get(), words));
+        }
+    });
+    if (!done) {
+        return kReadingCancelled;
     }
+    logCounts(nativeEndian ? read.packets : file.packetCount, read.bytes, count);
     replaceBuffer(std::move(samples), count);
     return "OK";
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <functional>
 
 #include "files/AtomicFile.h"
 #include "files/AudioFileLayout.h"
@@ -11,6 +12,8 @@
 #include "files/PostError.h"
 #include "files/SoundLoader.h"
 #include "platform/Format.h"
+#include "platform/LongWork.h"
+#include "platform/Pieces.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
 #include "playback/CheckError.h"
@@ -24,6 +27,7 @@ using platform::format;
 
 /// The sound is followed by its first two slack values. The pair is deliberate.
 constexpr std::int64_t kExtraSamples = 2;
+constexpr std::size_t kCopiedAtATime = std::size_t{1} << 22U; ///< bytes
 
 void log(const std::string& text) {
     platform::services().trace->log(text);
@@ -71,9 +75,19 @@ bool finish(const WriteOutcome& outcome) {
     return outcome.closeError == 0;
 }
 
-/// The bytes of `body` and behind them those of `tail`, as one block.
-bool saveBlock(const FileUrl& url, std::span<std::byte> body, std::span<std::byte> tail) {
-    const std::size_t bytes = body.size() + tail.size();
+/// What is to be written: the bytes of `body` and behind them those of `tail`.
+struct SavedBlock {
+    std::span<const std::byte> body;
+    std::span<const std::byte> tail;
+
+    std::size_t size() const { return body.size() + tail.size(); }
+};
+
+/// Whether the file is there in the end. The words are put into the file's order by `bringInOrder`
+/// as a part of the long work.
+bool saveBlock(const FileUrl& url, const SavedBlock& block,
+               const std::function<void(std::uint32_t fileType)>& bringInOrder) {
+    const std::size_t bytes = block.size();
     logPlace(url);
     const std::string extension = url.pathExtension();
     log(format("data length = %lu bytes\n", bytes));
@@ -85,15 +99,27 @@ bool saveBlock(const FileUrl& url, std::span<std::byte> body, std::span<std::byt
     }
     logExtension(extension);
     logSize(bytes);
-    if (fileType == kFileTypeAiffC) {
-        if (bytes > kMostAiffCBytes) {
-            return refuse("The sound is too large for AIFF-C, which ends at 4 GiB: "
-                          "save it as .caf instead.");
-        }
-        swapWords(body);
-        swapWords(tail);
+    if (fileType == kFileTypeAiffC && bytes > kMostAiffCBytes) {
+        return refuse("The sound is too large for AIFF-C, which ends at 4 GiB: "
+                      "save it as .caf instead.");
     }
-    return finish(writeAtomically(url.path(), headerFor(fileType, dataFormat, bytes), body, tail));
+    WriteOutcome outcome;
+    platform::runLongWork([&] {
+        bringInOrder(fileType);
+        outcome = writeAtomically(url.path(), headerFor(fileType, dataFormat, bytes), block.body,
+                                  block.tail);
+    });
+    return finish(outcome);
+}
+
+/// The bytes of a held sound into a block of the same samples and the pair.
+void copyHeld(const HeldSound& sound, std::span<std::byte> copy) {
+    const auto from = std::as_bytes(sound.readable());
+    platform::forEachStretch(from.size(), kCopiedAtATime,
+                             [&](std::size_t first, std::size_t count) {
+                                 std::memcpy(copy.data() + first, from.data() + first, count);
+                             });
+    std::fill(copy.begin() + static_cast<std::ptrdiff_t>(from.size()), copy.end(), std::byte{0});
 }
 
 } // namespace
@@ -118,23 +144,46 @@ bool isSavedExtension(const std::string& extension) {
     return isAudioFileExtension(extension);
 }
 
+HeldSound HeldSound::take() {
+    HeldSound sound;
+    sound.block_ = heldSound();
+    sound.count_ = fBuffersize.load();
+    sound.pair_ = std::min(kExtraSamples, slackSamples());
+    return sound;
+}
+
 bool saveAsAudioFile(const FileUrl& url, std::span<std::byte> block) {
-    return saveBlock(url, block, {});
+    return saveBlock(url, {block, {}}, [&](std::uint32_t fileType) {
+        if (fileType == kFileTypeAiffC) {
+            platform::expectStages(2);
+            swapWords(block);
+        }
+    });
+}
+
+bool saveHeldSound(const FileUrl& url, const HeldSound& sound) {
+    const std::size_t bytes = bytesOf(sound.count() + kExtraSamples);
+    if (isCafExtension(url.pathExtension())) {
+        // A sound without slack behind it gets zeros: nothing past its end is read.
+        const std::array<float, kExtraSamples> zeros{};
+        const auto body = std::as_bytes(sound.readable());
+        const auto tail = std::as_bytes(std::span(zeros)).first(bytes - body.size());
+        return saveBlock(url, {body, tail}, [](std::uint32_t /*fileType*/) {});
+    }
+    const SampleBlock copy = allocateUnsetSamples(sound.count());
+    if (copy == nullptr) {
+        return refuse("There is not enough memory to save the sound.");
+    }
+    const std::span block(reinterpret_cast<std::byte*>(copy.get()), bytes);
+    return saveBlock(url, {block, {}}, [&](std::uint32_t /*fileType*/) {
+        platform::expectStages(3);
+        copyHeld(sound, block);
+        swapWords(block);
+    });
 }
 
 bool saveSound(const FileUrl& url) {
-    if (isCafExtension(url.pathExtension())) {
-        // A sound without slack behind it gets zeros: nothing past its end is read.
-        const std::int64_t readable = std::min(kExtraSamples, slackSamples());
-        std::array<float, kExtraSamples> zeros{};
-        const auto samples =
-            std::span(fBuffer.load(), static_cast<std::size_t>(fBuffersize.load() + readable));
-        return saveBlock(url, std::as_writable_bytes(samples),
-                         std::as_writable_bytes(std::span(zeros)).subspan(bytesOf(readable)));
-    }
-    SoundCopy copy = SoundCopy::take();
-    return copy.empty() ? refuse("There is not enough memory to save the sound.")
-                        : saveAsAudioFile(url, copy.bytes());
+    return saveHeldSound(url, HeldSound::take());
 }
 
 bool classicsaveAsAudioFile(const FileUrl& url) {

@@ -11,7 +11,10 @@
 #include "files/CAByteOrder.h"
 #include "files/FixFlags.h"
 #include "files/PostError.h"
+#include "files/SoundLoader.h"
 #include "platform/Format.h"
+#include "platform/LongWork.h"
+#include "platform/Progress.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
 #include "playback/SharedState.h"
@@ -24,6 +27,7 @@ using platform::FileStream;
 using platform::format;
 
 constexpr std::size_t kLineBytes = 1000; ///< terminating zero included
+constexpr std::size_t kPieceBytes = std::size_t{1} << 22U;
 
 platform::TraceLog& trace() {
     return *platform::services().trace;
@@ -37,7 +41,30 @@ void passThroughStripeNaN(std::span<const float> samples) {
     }
 }
 
-enum class Loaded : std::uint8_t { Yes, TooShort, NoMemory };
+enum class Loaded : std::uint8_t { Yes, TooShort, NoMemory, Cancelled };
+
+/// All values there are, in pieces; the rest is zero.
+void readSamples(FileStream& stream, std::span<float> samples, bool swap) {
+    platform::expectStages(swap ? 2 : 1);
+    platform::beginStage(samples.size_bytes() / kPieceBytes + 1);
+    auto* const bytes = reinterpret_cast<std::byte*>(samples.data());
+    std::size_t read = 0;
+    for (std::size_t piece = kPieceBytes; piece == kPieceBytes;) {
+        if (platform::isStopRequested()) {
+            return;
+        }
+        piece =
+            stream.readAt(read, bytes + read, std::min(kPieceBytes, samples.size_bytes() - read));
+        passThroughStripeNaN(samples.subspan(read / sizeof(float), piece / sizeof(float)));
+        read += piece;
+        platform::pieceDone();
+    }
+    std::memset(bytes + read, 0, samples.size_bytes() - read);
+    if (swap) {
+        swapSamples(
+            samples.first(swappedBytes(static_cast<std::int64_t>(samples.size())) / sizeof(float)));
+    }
+}
 
 Loaded loadValues(FileStream& stream, const char* path, bool swap) {
     const std::int64_t count = getSize(&stream, path);
@@ -51,14 +78,11 @@ Loaded loadValues(FileStream& stream, const char* path, bool swap) {
         return Loaded::NoMemory;
     }
     const std::span samples(block.get(), static_cast<std::size_t>(count));
-    const std::size_t read = stream.readAt(0, samples.data(), samples.size_bytes());
-    std::memset(reinterpret_cast<std::byte*>(samples.data()) + read, 0,
-                samples.size_bytes() - read);
-    trace().print("Buffer read!\n");
-    passThroughStripeNaN(samples);
-    if (swap) {
-        swapSamples(samples.first(swappedBytes(count) / sizeof(float)));
+    const bool done = platform::runLongWork([&] { readSamples(stream, samples, swap); });
+    if (!done) {
+        return Loaded::Cancelled;
     }
+    trace().print("Buffer read!\n");
     replaceBuffer(std::move(block), count);
     return Loaded::Yes;
 }
@@ -83,6 +107,8 @@ const char* loadAndDescribe(FileStream& stream, const char* path, bool swap) {
         return "size_error";
     case Loaded::NoMemory:
         return "error";
+    case Loaded::Cancelled:
+        return kReadingCancelled;
     case Loaded::Yes:
         break;
     }

@@ -1,9 +1,11 @@
 #include "playback/SoundExchange.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "platform/Clock.h"
+#include "platform/LongWork.h"
 #include "platform/Memory.h"
 #include "platform/RealTime.h"
 #include "platform/Services.h"
@@ -21,8 +23,12 @@ using namespace std::chrono_literals;
 constinit std::atomic<std::uint64_t> callsEntered{0};
 constinit std::atomic<std::uint64_t> callsLeft{0};
 
-/// The block that is to be freed: fBuffer itself may dangle, after clean(). [main]
-constinit float* ownedBlock = nullptr;
+/// The block that is to be freed: fBuffer itself may dangle, after clean(). Never freed at exit,
+/// when the output may still be reading it. [main]
+SampleBlock& ownedBlock() {
+    static auto* const block = new SampleBlock;
+    return *block;
+}
 constinit std::int64_t ownedSlack = 0;
 
 constexpr std::size_t kPageBytes = 4096;
@@ -44,13 +50,24 @@ void awaitRenderCallsUnderWay() {
 
 } // namespace
 
+SampleBlock ownSamples(float* samples) noexcept {
+    if (samples == nullptr) {
+        return nullptr;
+    }
+    try {
+        return {samples, [](float* block) { std::free(block); }};
+    } catch (const std::bad_alloc&) { // the samples are freed by then
+        return nullptr;
+    }
+}
+
 SampleBlock allocateSamples(std::int64_t count) {
     platform::assertNotRealTime();
     if (!canCount(count)) {
         return nullptr;
     }
     const auto wanted = static_cast<std::size_t>(count + kSlackSamples);
-    return SampleBlock(static_cast<float*>(std::calloc(wanted, sizeof(float))));
+    return ownSamples(static_cast<float*>(std::calloc(wanted, sizeof(float))));
 }
 
 SampleBlock allocateUnsetSamples(std::int64_t count) {
@@ -69,7 +86,7 @@ SampleBlock allocateUnsetSamples(std::int64_t count) {
     }
     auto* const samples = static_cast<float*>(block);
     std::fill_n(samples + count, kSlackSamples, 0.0F);
-    return SampleBlock(samples);
+    return ownSamples(samples);
 }
 
 bool isSounding() {
@@ -87,7 +104,7 @@ void fallIdle() {
     const auto deadline = clock.now() + kIdleWait;
     while (unit->isRunning() && clock.now() < deadline) {
         unit->attend(); // a device that was only readied makes no call before
-        clock.sleepFor(500us);
+        platform::pauseFor(500us);
     }
     if (unit->isRunning()) {
         haltOutputUnit();
@@ -95,8 +112,7 @@ void fallIdle() {
 }
 
 void clean() {
-    std::free(ownedBlock);
-    ownedBlock = nullptr;
+    ownedBlock().reset();
     ownedSlack = 0;
     fBuffersize.store(0);
 }
@@ -105,9 +121,8 @@ void swapBuffer(SampleBlock& samples, std::int64_t& count, std::int64_t& slack) 
     fallIdle();
     const std::int64_t oldCount = fBuffersize.exchange(0);
     awaitRenderCallsUnderWay();
-    float* const block = samples.release();
-    samples.reset(std::exchange(ownedBlock, block));
-    fBuffer.store(block);
+    samples.swap(ownedBlock());
+    fBuffer.store(ownedBlock().get());
     fBuffersize.store(count);
     count = oldCount;
     slack = std::exchange(ownedSlack, slack);
@@ -115,6 +130,24 @@ void swapBuffer(SampleBlock& samples, std::int64_t& count, std::int64_t& slack) 
 
 void replaceBuffer(SampleBlock samples, std::int64_t count, std::int64_t slack) {
     swapBuffer(samples, count, slack);
+}
+
+SampleBlock heldSound() {
+    return ownedBlock();
+}
+
+bool ensureSoundIsWritable() {
+    if (ownedBlock().use_count() <= 1) {
+        return true;
+    }
+    const std::int64_t count = fBuffersize.load();
+    SampleBlock copy = allocateUnsetSamples(count);
+    if (copy == nullptr) {
+        return false;
+    }
+    std::copy_n(ownedBlock().get(), count, copy.get());
+    replaceBuffer(std::move(copy), count);
+    return true;
 }
 
 void emptyBuffer() {

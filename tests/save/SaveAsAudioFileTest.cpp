@@ -240,7 +240,7 @@ TEST_F(SaveAsAudioFile, OneSampleOfSlackIsSavedAndAZero) {
 
 /// The block ends with the sound: under the address sanitizer reading on would end the test.
 TEST_F(SaveAsAudioFile, NothingPastTheEndOfASoundWithoutSlackIsRead) {
-    SampleBlock exact(static_cast<float*>(std::malloc(three.size() * sizeof(float))));
+    SampleBlock exact = ownSamples(static_cast<float*>(std::malloc(three.size() * sizeof(float))));
     std::copy(three.begin(), three.end(), exact.get());
     replaceBuffer(std::move(exact), 3, 0);
     EXPECT_TRUE(save("/s/x.caf"));

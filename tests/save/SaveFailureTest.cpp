@@ -9,6 +9,7 @@
 #include "files/AtomicFile.h"
 #include "files/AudioFileWriter.h"
 #include "files_test/SoundChecks.h"
+#include "platform/Progress.h"
 #include "support/FakePlatform.h"
 
 /// Every system call of a save fails in turn, in every way.
@@ -328,8 +329,42 @@ TEST_F(ManyBlocks, ADiskThatFillsUpAtAnyWriteLeavesTheOldFile) {
 }
 
 TEST_F(ManyBlocks, TheDiskIsNeverMoreThanTwentyMebibytesBehind) {
+    std::uint64_t beforeTheLastWrite = 0;
+    std::uint64_t beforeTheSync = 0;
+    platform.operations.inject = [&](const std::string& call, std::size_t) {
+        beforeTheLastWrite = call == "write" ? platform.operations.finished : beforeTheLastWrite;
+        beforeTheSync = call == "sync" ? platform.operations.finished : beforeTheSync;
+        return 0L;
+    };
     ASSERT_TRUE(write().done());
-    EXPECT_EQ(platform.operations.finished, std::uint64_t{8} << 20);
+    EXPECT_EQ(beforeTheLastWrite, std::uint64_t{8} << 20);
+    EXPECT_EQ(beforeTheSync, std::uint64_t{24} << 20); // all whole blocks, one by one
+}
+
+TEST_F(ManyBlocks, ACancelledSaveLeavesTheOldFileWhereverItIs) {
+    ASSERT_TRUE(write().done());
+    const std::size_t calls = platform.operations.calls.size();
+    std::size_t cancelled = 0;
+    for (std::size_t at = 0; at < calls; ++at) {
+        platform::Progress progress;
+        const platform::ProgressScope scope(&progress);
+        platform.operations.calls.clear();
+        platform.files.files = {{kTarget, oldFile()}};
+        platform.operations.inject = [&](const std::string&, std::size_t index) {
+            if (index == at) {
+                progress.requestStop();
+            }
+            return 0L;
+        };
+        const WriteOutcome outcome = write();
+        EXPECT_EQ(outcome.done(), !outcome.cancelled);
+        EXPECT_EQ(platform.files.files.size(), 1U) << at;
+        EXPECT_EQ(platform.files.files.at(kTarget) == oldFile(), outcome.cancelled) << at;
+        EXPECT_EQ(platform.operations.openDescriptors(), 0U);
+        cancelled += outcome.cancelled ? 1U : 0U;
+    }
+    EXPECT_GT(cancelled, calls / 2);
+    EXPECT_LT(cancelled, calls); // once the file is flushed it is there
 }
 
 TEST_F(ManyBlocks, ADiskThatFailsWhileMoreIsWrittenLeavesTheOldFile) {

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "app/SheetSession.h"
+#include "app/WorkInWindow.h"
 #include "dsp/HarmonicProcessor.h"
 #include "dsp/Revert.h"
 #include "dsp/Transformation.h"
@@ -34,7 +35,8 @@ struct SheetKind;
 
 /// The application's controller: it owns the window's outlets, starts the output at launch and
 /// carries every action. Outlets are filled by name from the interface files. All of it is [main];
-/// the render callback's messages come through a queue that the controller drains.
+/// the render callback's messages come through a queue that the controller drains. While long work
+/// is under way whatever would change or save the sound does nothing.
 class AppDelegate : public QObject, public RenderDelegate, public MidiDelegate {
     Q_OBJECT
 public:
@@ -176,7 +178,7 @@ private:
     void modulateAmplitude(int segment);
     void modulatePhase();
     HdSettings readHdFields();
-    void saveCopy(const QString& path, SoundCopy& copy);
+    void saveHeld(const QString& path, const HeldSound& sound);
     void describeSound(const QString& path, const std::string& status);
     void describeLength();
     void describeTransformation(const Refusal& refusal);
@@ -191,6 +193,7 @@ private:
     QLabel* resultValue_ = nullptr;
     QLabel* notice_ = nullptr;
     SheetSession sheets_;
+    WorkInWindow work_;
     RenderMessageQueue messages_;
     QTimer attendant_; ///< runs while the output has anything to be attended to
 };

@@ -41,6 +41,7 @@ enum class SplineOutcome : std::uint8_t {
     BordersDiffer, ///< the run-up was too short somewhere
     NotFinite,     ///< a sample is infinite or NaN: then the plain form gives NaN everywhere
     ZeroPivot,     ///< the elimination met a pivot of 0
+    Stopped,       ///< asked to leave off
 };
 
 /// The usual run-up, in rows.

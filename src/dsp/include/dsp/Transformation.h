@@ -18,12 +18,14 @@ std::span<const float> soundSamples();
 
 /// [main] Lets `kernel` make a sound of `count` samples, all of which it must set, beside the one
 /// that is there, and puts it in its place. The one that was there becomes `undo`'s copy, or is
-/// freed where that is null. Refuses, with the sound and the copy as they were, when there is no
-/// memory for it. So do all transformations, with their own `undo`.
+/// freed where that is null. Long work, so that the kernel runs on another thread where there is a
+/// window; refuses, with the sound and the copy as they were, when there is no memory for it or the
+/// user has cancelled it. So do all transformations, with their own `undo`.
 Refusal replaceSound(std::int64_t count, std::int64_t slack, undo_struct* undo,
                      const std::function<void(std::span<float>)>& kernel);
 
-/// [any] The refusal for want of memory.
+/// [any] The refusals for want of memory, and by the user.
 platform::Error outOfMemory();
+platform::Error cancelled();
 
 } // namespace zemo

@@ -15,6 +15,7 @@ namespace zemo {
 /// followed; an existing target keeps its permissions.
 ///
 /// Every step returns 0 or the system's error number; after an error only the destructor is left.
+/// A step of work that should leave off returns ECANCELED, but not once the target is replaced.
 /// [main], [worker]
 class AtomicFile {
 public:
@@ -45,11 +46,15 @@ struct WriteOutcome {
     int createError = 0;
     int writeError = 0; ///< of writing, flushing, or taking the target's place
     int closeError = 0;
+    bool cancelled = false; ///< then none of them is set, and the target is as it was
 
-    bool done() const noexcept { return createError == 0 && writeError == 0 && closeError == 0; }
+    bool done() const noexcept {
+        return createError == 0 && writeError == 0 && closeError == 0 && !cancelled;
+    }
 };
 
 /// [main], [worker] Makes the file at `path` hold `head`, `body` and `tail`, through an AtomicFile.
+/// A stage of the thread's progress.
 WriteOutcome writeAtomically(const std::string& path, std::span<const std::uint8_t> head,
                              std::span<const std::byte> body, std::span<const std::byte> tail = {});
 

@@ -18,7 +18,8 @@ constexpr std::uint32_t CASwap32(std::uint32_t word) noexcept {
 float CASwapFloat32BigToHost(float value) noexcept;
 float CASwapFloat32HostToBig(float value) noexcept;
 
-/// [any] Reverses the bytes of every sample. Bit patterns pass through unchanged, NaNs included.
+/// [main], [worker] Reverses the bytes of every sample, on all workers. Bit patterns pass through
+/// unchanged, NaNs included.
 void swapSamples(std::span<float> samples) noexcept;
 
 /// [any] The same for a block of bytes that holds floats; a rest of less than four stays.

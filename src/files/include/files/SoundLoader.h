@@ -6,10 +6,15 @@
 
 namespace zemo {
 
+/// The result of a reader whose user has cancelled it, told from other texts by its address. The
+/// sound is as it was.
+inline constexpr char kReadingCancelled[] = "Cancelled";
+
 /// What became of a file that was chosen in the open panel.
 struct OpenResult {
     bool isAudioFile = false; ///< by its extension
     bool loaded = false;      ///< the sound is now that of the file
+    bool cancelled = false;   ///< the sound is as it was, and is to stay so
     std::string status;       ///< "OK", "KO", or "Raw data file: " and the raw reader's result
 };
 

@@ -18,10 +18,12 @@ namespace zemo {
 /// How long a play under way may take to fade and fall idle before it is cut.
 inline constexpr std::chrono::milliseconds kIdleWait{1000};
 
-struct FreeSamples {
-    void operator()(float* samples) const noexcept { std::free(samples); }
-};
-using SampleBlock = std::unique_ptr<float, FreeSamples>;
+/// Samples on the heap. Shared, so that a save can hold the sound as it was while another takes its
+/// place: a block that others hold must not be written to.
+using SampleBlock = std::shared_ptr<float>;
+
+/// [any] Takes over a block of malloc's; null, the block freed, when there is no memory for that.
+SampleBlock ownSamples(float* samples) noexcept;
 
 /// [main], [worker] `count` zeroed samples plus kSlackSamples of slack; null when there is no
 /// memory for them.
@@ -48,6 +50,14 @@ void replaceBuffer(SampleBlock samples, std::int64_t count, std::int64_t slack =
 /// [main] The same, but hands the old sound back: `samples`, `count` and `slack` become what the
 /// sound was.
 void swapBuffer(SampleBlock& samples, std::int64_t& count, std::int64_t& slack);
+
+/// [main] The sound's block, for somebody who needs it for longer than it may be the sound; null
+/// when there is none.
+SampleBlock heldSound();
+
+/// [main] Makes sure that nobody else holds the sound's block, by a copy where somebody does. False
+/// when there is no memory for it.
+bool ensureSoundIsWritable();
 
 /// [main] How many samples behind the sound's end may be read.
 std::int64_t slackSamples() noexcept;

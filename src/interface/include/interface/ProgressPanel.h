@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QDialog>
+
+class QLabel;
+class QProgressBar;
+class QPushButton;
+
+namespace zemo {
+
+/// Says how far something is that takes long, with a button that cancels it. [main]
+class ProgressPanel final : public QDialog {
+    Q_OBJECT
+public:
+    ProgressPanel(QWidget* parent, const QString& what, bool canCancel);
+
+    /// From 0 to 1. The bar never goes back.
+    void setFraction(double fraction);
+
+    /// Escape and the window's close button cancel as well; what cannot be cancelled goes on.
+    void reject() override;
+
+signals:
+    void cancelled(); ///< once
+
+private:
+    QProgressBar* bar_;
+    QPushButton* cancelButton_ = nullptr;
+};
+
+} // namespace zemo

@@ -4,6 +4,7 @@
 
 #include "app/AppDelegate.h"
 #include "interface/InterfaceLoader.h"
+#include "interface/ManualWindow.h"
 #include "platform/AudioOutput.h"
 #include "platform/Services.h"
 #include "playback/SharedState.h"
@@ -60,6 +61,7 @@ void AppDelegate::connectActions() {
     onMenu("PlayMenu", [this] { playButton->click(); });
     onMenu("ModeMenu", [this] { modeButton->click(); });
     onMenu("TestMenu", [this] { testButton->click(); });
+    onMenu("ManualMenu", [this] { showManual(); });
     onMenu("AboutMenu", [this] { aboutDialog(sender()); });
     playButton->setFocus();
 }
@@ -68,6 +70,17 @@ void AppDelegate::aboutDialog(QObject* /*sender*/) {
     QMessageBox::about(window, tr("About ZEMO"),
                        tr("ZEMO %1\nHolds one sound, plays it and rewrites it.")
                            .arg(QApplication::applicationVersion()));
+}
+
+/// The window is made once, so the place in the text stays.
+void AppDelegate::showManual() {
+    if (manual_ == nullptr) {
+        const QString folder = QApplication::applicationDirPath();
+        manual_ = std::make_unique<ManualWindow>(ManualWindow::find(folder));
+    }
+    manual_->show();
+    manual_->raise();
+    manual_->activateWindow();
 }
 
 void AppDelegate::showRate() {

@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "app/SheetSession.h"
@@ -20,6 +21,7 @@
 #include "dsp/Transformation.h"
 #include "files/AudioFileWriter.h"
 #include "interface/BackgroundWindow.h"
+#include "interface/ManualWindow.h"
 #include "interface/SegmentedControl.h"
 #include "interface/SheetPanel.h"
 #include "interface/StateButton.h"
@@ -125,6 +127,7 @@ public:
     /// Exchanges the sound and the copy that the last transformation kept, if there is one.
     void revertAction(QObject* sender);
     void aboutDialog(QObject* sender);
+    void showManual();
 
     // Ends of sheets, in the older way of presenting them. The arguments are ignored.
     void resampleSheetDidEnd(QDialog* sheet, int returnCode, void* contextInfo);
@@ -195,7 +198,8 @@ private:
     SheetSession sheets_;
     WorkInWindow work_;
     RenderMessageQueue messages_;
-    QTimer attendant_; ///< runs while the output has anything to be attended to
+    std::unique_ptr<ManualWindow> manual_; ///< from when it was first asked for
+    QTimer attendant_;                     ///< runs while the output has anything to be attended to
 };
 
 } // namespace zemo

@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <QIcon>
 #include <cstdio>
 #include <cstring>
 
@@ -21,6 +22,14 @@ constexpr const char* kUsage = "zemo [FILE]\n"
 bool hasDisplay() {
     return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+QIcon windowIcon() {
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 128}) {
+        icon.addFile(QString(":/icons/zemo-%1.png").arg(size), QSize(size, size));
+    }
+    return icon;
 }
 
 int runWindow(QApplication& application) {
@@ -81,5 +90,6 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("ZEMO");
     QApplication::setApplicationVersion(ZEMO_VERSION);
     QApplication::setDesktopFileName("zemo");
+    QApplication::setWindowIcon(windowIcon());
     return runWindow(application);
 }

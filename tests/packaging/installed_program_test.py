@@ -1,0 +1,53 @@
+"""The program as the package installs it, in its window and with a sound server.
+
+tools/check-package runs this; ZEMO_PROGRAM enters the system that the package is installed in, and
+ZEMO_EXAMPLES is where the tests see that system's examples.
+"""
+
+import os
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+import numpy
+
+sys.path.append(str(Path(__file__).resolve().parents[1] / "e2e"))
+
+import audio  # noqa: E402
+import case  # noqa: E402
+
+setUpModule = case.start_desktop
+
+EXAMPLES = Path("/usr/share/doc/zemo/examples")
+EXAMPLES_HERE = Path(os.environ["ZEMO_EXAMPLES"])
+
+
+def samples_of(path):
+    """As another program reads them."""
+    raw = subprocess.run(["ffmpeg", "-v", "error", "-i", str(path), "-f", "f32le", "-"], check=True,
+                         stdin=subprocess.DEVNULL, stdout=subprocess.PIPE).stdout
+    return numpy.frombuffer(raw, dtype="<f4")
+
+
+class TheInstalledProgram(case.SoundCase):
+    def test_opens_and_plays_an_example(self):
+        samples = samples_of(EXAMPLES_HERE / "harp-48000.caf")
+        self.launch(EXAMPLES / "harp-48000.caf")
+        self.window.wait_for_label("harp-48000.caf")
+        self.window.wait_for_label("48,000 Hz")
+        self.play()
+        [heard] = self.listener.wait_for_plays(1)
+        self.assertLess(len(samples) - len(heard), audio.LONGEST_CALL_SECONDS * self.rate)
+        beside_the_fades = slice(len(samples) // 4, 3 * len(samples) // 4)
+        self.assert_same_samples(heard[beside_the_fades], samples[beside_the_fades])
+
+    def test_has_its_icon_on_its_window(self):
+        self.launch()
+        said = subprocess.run(["xprop", "-name", "ZEMO", "_NET_WM_ICON"], check=True, text=True,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE).stdout
+        self.assertIn("Icon (128 x 128)", said)
+
+
+if __name__ == "__main__":
+    case.main()

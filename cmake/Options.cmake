@@ -25,3 +25,6 @@ function(zemo_room name)
     target_include_directories(${name} PUBLIC ${ROOM_ROOT})
     target_link_libraries(${name} PUBLIC ${ROOM_LINKS} PRIVATE zemo_options)
 endfunction()
+
+# Resources without the times of their files: the same source gives the same program anywhere.
+set(CMAKE_AUTORCC_OPTIONS --format-version 1)

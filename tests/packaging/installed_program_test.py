@@ -5,6 +5,7 @@ ZEMO_EXAMPLES is where the tests see that system's examples.
 """
 
 import os
+import re
 import subprocess
 import sys
 import unittest
@@ -19,6 +20,7 @@ import case  # noqa: E402
 
 setUpModule = case.start_desktop
 
+PACKAGING = Path(__file__).resolve().parents[2] / "packaging"
 EXAMPLES = Path("/usr/share/doc/zemo/examples")
 EXAMPLES_HERE = Path(os.environ["ZEMO_EXAMPLES"])
 
@@ -42,11 +44,19 @@ class TheInstalledProgram(case.SoundCase):
         beside_the_fades = slice(len(samples) // 4, 3 * len(samples) // 4)
         self.assert_same_samples(heard[beside_the_fades], samples[beside_the_fades])
 
+    def property(self, name):
+        return subprocess.run(["xprop", "-name", "ZEMO", name], check=True, text=True,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE).stdout
+
     def test_has_its_icon_on_its_window(self):
         self.launch()
-        said = subprocess.run(["xprop", "-name", "ZEMO", "_NET_WM_ICON"], check=True, text=True,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE).stdout
-        self.assertIn("Icon (128 x 128)", said)
+        self.assertIn("Icon (128 x 128)", self.property("_NET_WM_ICON"))
+
+    def test_is_the_window_of_its_desktop_entry(self):
+        self.launch()
+        entry = (PACKAGING / "zemo.desktop").read_text(encoding="utf-8")
+        window_class = re.search(r"^StartupWMClass=(.*)$", entry, re.M).group(1)
+        self.assertIn(f'"{window_class}"', self.property("WM_CLASS"))
 
 
 if __name__ == "__main__":

@@ -65,7 +65,7 @@ class ThePackage(unittest.TestCase):
         files = {str(path.relative_to(self.unpacked)) for path in self.unpacked.rglob("*")
                  if not path.is_dir()}
         others = {name for name in files - CONTENT
-                  if not re.fullmatch(r"usr/share/doc/zemo/docs/.*\.(md|png)", name)}
+                  if not re.fullmatch(r"usr/share/doc/zemo/docs/.*\.(md|png|flac)", name)}
         self.assertEqual((CONTENT - files, others), (set(), set()))
 
     def test_has_every_document_of_the_source(self):

@@ -82,6 +82,13 @@ class TheDescriptionForSoftwareCentres(Case):
                             (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")).group(1)
         self.assertEqual(parse(METAINFO).find("releases/release").get("version"), version)
 
+    def test_shows_pictures_of_the_documents(self):
+        images = [image.text for image in parse(METAINFO).iter("image")]
+        self.assertEqual(len(images), 2)
+        for image in images:
+            path = image.removeprefix("https://example.org/zemo/")
+            self.assertEqual((ROOT / path).read_bytes()[:4], b"\x89PNG", image)
+
     def test_starts_the_desktop_entry(self):
         self.assertEqual(parse(METAINFO).findtext("launchable"), DESKTOP_ENTRY.name)
 

@@ -26,7 +26,7 @@ using platform::Error;
 using platform::ErrorCategory;
 using platform::format;
 
-constexpr std::size_t kBlock = std::size_t{1} << 16; ///< samples that are written at a time
+constexpr std::size_t kBlock = std::size_t{1} << 15; ///< samples that are written at a time
 
 Error failure(ErrorCategory category, std::string sentence) {
     return {category, std::nullopt, std::move(sentence)};

@@ -137,6 +137,9 @@ std::optional<Error> Decoding::decode() {
     imported_.incomplete = imported_.frames < imported_.source.frames;
     count_ = chain_.count();
     samples_ = chain_.join();
+    if (platform::isStopRequested()) {
+        return cancelled();
+    }
     return samples_ != nullptr ? std::nullopt : std::optional(tooLarge());
 }
 

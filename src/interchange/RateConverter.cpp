@@ -1,8 +1,17 @@
 #include "RateConverter.h"
 
+#include <algorithm>
+
 #include <soxr.h>
 
+#include "platform/Progress.h"
+
 namespace zemo {
+namespace {
+
+constexpr std::size_t kMostAtOnce = std::size_t{1} << 15; ///< samples that are made without a look
+
+} // namespace
 
 void RateConverter::Delete::operator()(soxr* converter) const noexcept {
     ::soxr_delete(converter);
@@ -16,30 +25,39 @@ RateConverter::RateConverter(double from, double to) {
     converter_.reset(::soxr_create(from, to, 1, nullptr, &types, &quality, &run));
 }
 
+std::optional<RateConverter::Counts> RateConverter::step(std::span<const double> samples,
+                                                         SampleChain& chain) {
+    std::span<float> room = chain.room();
+    room = room.first(std::min(room.size(), kMostAtOnce));
+    const double* const from = samples.empty() ? nullptr : samples.data(); // null: no more come
+    Counts counts;
+    if (room.empty() || ::soxr_process(converter_.get(), from, samples.size(), &counts.taken,
+                                       room.data(), room.size(), &counts.made) != nullptr) {
+        return std::nullopt;
+    }
+    chain.advance(counts.made);
+    return counts;
+}
+
 bool RateConverter::convert(std::span<const double> samples, SampleChain& chain) {
-    while (!samples.empty()) {
-        const std::span<float> room = chain.room();
-        std::size_t taken = 0;
-        std::size_t made = 0;
-        if (room.empty() || ::soxr_process(converter_.get(), samples.data(), samples.size(), &taken,
-                                           room.data(), room.size(), &made) != nullptr) {
+    while (!samples.empty() && !platform::isStopRequested()) {
+        const auto counts = step(samples, chain);
+        if (!counts) {
             return false;
         }
-        chain.advance(made);
-        samples = samples.subspan(taken);
+        samples = samples.subspan(counts->taken);
     }
     return true;
 }
 
 bool RateConverter::finish(SampleChain& chain) {
     std::size_t made = 1;
-    while (made > 0) {
-        const std::span<float> room = chain.room();
-        if (room.empty() || ::soxr_process(converter_.get(), nullptr, 0, nullptr, room.data(),
-                                           room.size(), &made) != nullptr) {
+    while (made > 0 && !platform::isStopRequested()) {
+        const auto counts = step({}, chain);
+        if (!counts) {
             return false;
         }
-        chain.advance(made);
+        made = counts->made;
     }
     return true;
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/Memory.h"
+#include "platform/Progress.h"
 #include "platform/Services.h"
 
 namespace zemo {
@@ -51,6 +52,9 @@ SampleBlock SampleChain::join() {
     if (joined != nullptr) {
         float* next = joined.get();
         for (Link& link : links_) {
+            if (platform::isStopRequested()) {
+                break;
+            }
             const std::size_t size = &link == &links_.back() ? used_ : link.size;
             std::memcpy(next, link.samples.get(), size * sizeof(float));
             link.samples.reset();

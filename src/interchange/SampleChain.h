@@ -20,7 +20,7 @@ public:
     std::int64_t count() const noexcept { return static_cast<std::int64_t>(full_ + used_); }
 
     /// All of them in one block, the chain's own given back one after the other; null when there is
-    /// no memory for it. The chain is empty then.
+    /// no memory for it. Not all of them when the work is asked to stop. The chain is empty then.
     SampleBlock join();
 
 private:

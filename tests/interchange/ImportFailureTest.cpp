@@ -16,6 +16,24 @@ namespace {
 
 using platform::ErrorCategory;
 
+/// Asks the work to stop at its large block of that number.
+class StopAfterBlocks final : public platform::Memory {
+public:
+    StopAfterBlocks(platform::Progress& progress, std::size_t last)
+        : progress_(progress), last_(last) {}
+    void preferLargePages(void* /*block*/, std::size_t /*bytes*/) override {
+        if (++blocks == last_) {
+            progress_.requestStop();
+        }
+    }
+
+    std::size_t blocks = 0;
+
+private:
+    platform::Progress& progress_;
+    std::size_t last_;
+};
+
 class ImportFailure : public testing::Test {
 protected:
     ImportFailure() {
@@ -182,6 +200,18 @@ TEST_F(ImportFailure, AskedToStopAtAnyReadItStopsThere) {
             EXPECT_EQ(file.reads, last + 1) << name;
         }
     }
+}
+
+/// A block of the file becomes a thousand blocks of the sound.
+TEST_F(ImportFailure, AskedToStopInTheMiddleOfALongConversionItStopsThere) {
+    R = 1e6;
+    const Bytes bytes = wavOfZeros(1, 1000, 16000);
+    platform::Progress progress;
+    const platform::ProgressScope scope(&progress);
+    StopAfterBlocks memory(progress, 2);
+    platform::services().memory = &memory;
+    expectRefusal(import(bytes), ErrorCategory::Cancelled, "The import was cancelled.");
+    EXPECT_EQ(memory.blocks, 2U);
 }
 
 TEST_F(ImportFailure, CancelledAtTheLastMomentItChangesNothing) {

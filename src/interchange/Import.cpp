@@ -134,7 +134,7 @@ std::optional<Error> Decoding::decode() {
     if (auto broken = verdict(reader)) {
         return broken;
     }
-    imported_.incomplete = imported_.frames < imported_.source.frames;
+    imported_.incomplete = reader.isDamaged() || imported_.frames < imported_.source.frames;
     count_ = chain_.count();
     samples_ = chain_.join();
     if (platform::isStopRequested()) {
@@ -216,13 +216,11 @@ std::optional<Error> Decoding::verdict(const SoundFileReader& reader) const {
     if (reader.diskFailed()) {
         return failure(ErrorCategory::DeviceFailed, "The file cannot be read to its end.");
     }
-    if (reader.isDamaged()) {
-        return failure(ErrorCategory::Malformed,
-                       format("The sound file is damaged: its decoding breaks off after %.3f s.",
-                              static_cast<double>(imported_.frames) / imported_.source.rate));
-    }
     if (chain_.count() == 0) {
-        return failure(ErrorCategory::Malformed, "There is no sound in the file.");
+        return failure(ErrorCategory::Malformed,
+                       reader.isDamaged()
+                           ? "The sound file is damaged: nothing in it can be decoded."
+                           : "There is no sound in the file.");
     }
     return std::nullopt;
 }

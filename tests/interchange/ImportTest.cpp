@@ -115,14 +115,17 @@ TEST_F(Import, OfAFileThatIsCutOffIsWhatItsDecoderGivesAndSaysSo) {
     ASSERT_TRUE(import(file));
     EXPECT_FALSE(import(file).value().incomplete);
     const auto sound = currentSound();
-    file.resize(file.size() / 2);
-    const auto result = import(file);
-    ASSERT_TRUE(result);
-    EXPECT_TRUE(result.value().incomplete);
-    const auto beginning = currentSound();
-    EXPECT_GE(beginning.size(), 8192U);
-    EXPECT_LT(beginning.size(), 40000U);
-    EXPECT_TRUE(std::equal(beginning.begin(), beginning.end(), sound.begin()));
+    for (const std::size_t percent : {30U, 50U, 55U, 70U, 90U}) {
+        const auto cut = static_cast<std::ptrdiff_t>(file.size() * percent / 100);
+        const auto result = import({file.begin(), file.begin() + cut});
+        ASSERT_TRUE(result) << percent;
+        EXPECT_TRUE(result.value().incomplete);
+        const auto beginning = currentSound();
+        EXPECT_EQ(result.value().frames, static_cast<std::int64_t>(beginning.size()));
+        EXPECT_GE(beginning.size(), 40000 * percent / 100 - 8192);
+        EXPECT_LT(beginning.size(), 40000U);
+        EXPECT_TRUE(std::equal(beginning.begin(), beginning.end(), sound.begin())) << percent;
+    }
 }
 
 TEST_F(Import, EveryKindOfFileIsKnownByItsContent) {

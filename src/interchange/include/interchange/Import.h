@@ -29,7 +29,7 @@ struct SoundFileDescription {
 struct Imported {
     SoundFileDescription source;
     std::int64_t frames = 0; ///< of the source; the sound has as many at its own rate
-    bool incomplete = false; ///< fewer frames came out than the file says that it has
+    bool incomplete = false; ///< the decoding broke off, or fewer frames came than the file says
 };
 
 /// [main] Makes a sound file of any known kind the sound: its channels' mean, at R hertz, not

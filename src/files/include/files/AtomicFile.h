@@ -28,7 +28,7 @@ public:
     int write(const void* bytes, std::size_t count); ///< all of them, behind those before
     /// All of them, over bytes that were written before: `offset` + `count` is no more than these.
     int writeAt(std::uint64_t offset, const void* bytes, std::size_t count);
-    int flush();                                     ///< to the disk
+    int flush(); ///< to the disk
     int close();
     int replaceTarget();
 

@@ -42,6 +42,8 @@ struct StepInBounds {
     }
     bool operator()(const RevertStep& /*step*/) const { return true; }
     bool operator()(const SaveStep& step) const { return step.file.size() >= 4; }
+    bool operator()(const ImportStep& step) const { return !step.file.empty(); }
+    bool operator()(const ExportStep& step) const { return step.file.size() >= 4; }
     bool operator()(const DumpStep& step) const { return !step.file.empty(); }
     bool operator()(const RenderStep& step) const {
         return !step.file.empty() && step.frames >= 1 && step.frames <= RenderStep::kMostFrames;

@@ -75,6 +75,7 @@ Seeds commandLineSeeds() {
         {"fm", text("fm\n440\n2\n50\nrevert\nsave\nx.AIF\ndump\nx")},
         {"hd", text("hd\nharmonics=2,4\nhighpass=1000\nslope=0.5\nattack=50\nmix=nan\n"
                     "scale=off\nknee=-0.3\ncomp=0.1")},
+        {"interchange", text("import\nx.mp3\nexport\nx.flac\nexport\nx.WAV")},
         {"wrong", text("hd\nharmonics=3")},
     };
 }

@@ -5,6 +5,7 @@
 #include "batch/StepRunner.h"
 #include "files/AudioFile.h"
 #include "files/SoundLoader.h"
+#include "interchange/Import.h"
 #include "platform/Alert.h"
 #include "platform/Services.h"
 #include "platform_linux/LinuxServices.h"
@@ -25,16 +26,30 @@ class BatchAlert final : public platform::Alert {
     }
 };
 
-/// The rate in the header of the first audio file that the steps open, if there is one.
+/// The rate in the file's header, 0 where there is none; nothing for a step without such a file.
+struct HeaderRate {
+    using Rate = std::optional<double>;
+
+    Rate operator()(const OpenStep& step) const {
+        if (!isAudioFileExtension(FileUrl(step.file).pathExtension())) {
+            return std::nullopt;
+        }
+        const auto file = AudioFile::open(step.file);
+        return file ? file.value().dataFormat().mSampleRate : 0.0;
+    }
+    Rate operator()(const ImportStep& step) const {
+        const auto file = describeSoundFile(step.file);
+        return file ? file.value().rate : 0.0;
+    }
+    template <typename Other> Rate operator()(const Other& /*step*/) const { return std::nullopt; }
+};
+
+/// The rate in the header of the first audio file that the steps open or import, if there is one.
 double rateOfFirstAudioFile(const std::vector<Step>& steps) {
     for (const Step& step : steps) {
-        const auto* const open = std::get_if<OpenStep>(&step);
-        if (open == nullptr || !isAudioFileExtension(FileUrl(open->file).pathExtension())) {
-            continue;
+        if (const auto rate = std::visit(HeaderRate{}, step)) {
+            return *rate >= kLowestRate && *rate <= kHighestRate ? *rate : kDefaultRate;
         }
-        const auto file = AudioFile::open(open->file);
-        const double rate = file ? file.value().dataFormat().mSampleRate : 0.0;
-        return rate >= kLowestRate && rate <= kHighestRate ? rate : kDefaultRate;
     }
     return kDefaultRate;
 }

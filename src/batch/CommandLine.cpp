@@ -5,6 +5,7 @@
 #include "TransformationSteps.h"
 #include "Words.h"
 #include "files/AudioFileWriter.h"
+#include "interchange/Export.h"
 
 namespace zemo::batch {
 namespace {
@@ -39,6 +40,24 @@ StepOrNothing parseSave(Words& words) {
     if (!isSavedExtension(FileUrl(step.file).pathExtension())) {
         words.complaint =
             "save " + step.file + ": the file's name must end in .caf, .CAF, .aif or .AIF.";
+        return std::nullopt;
+    }
+    return step;
+}
+
+StepOrNothing parseImport(Words& words) {
+    ImportStep step;
+    return takeFile(words, "import", step.file) ? StepOrNothing(step) : std::nullopt;
+}
+
+StepOrNothing parseExport(Words& words) {
+    ExportStep step;
+    if (!takeFile(words, "export", step.file)) {
+        return std::nullopt;
+    }
+    if (!isExportedExtension(FileUrl(step.file).pathExtension())) {
+        words.complaint =
+            "export " + step.file + ": the file's name must end in .wav, .WAV, .flac or .FLAC.";
         return std::nullopt;
     }
     return step;
@@ -95,6 +114,8 @@ const std::map<std::string, StepParser>& stepParsers() {
         {"hd", parseHd},
         {"revert", parsePlain<RevertStep>},
         {"save", parseSave},
+        {"import", parseImport},
+        {"export", parseExport},
         {"dump", parseDump},
         {"render", parseRender},
         {"play", parsePlain<PlayStep>},
@@ -167,6 +188,9 @@ std::string usage() {
                                 add even harmonics to it
   revert                        exchange the sound and the copy of the last one
   save FILE                     write it as FILE: .caf .CAF .aif .AIF
+  import FILE                   read a sound file of any known kind, converted to
+                                one channel at the output's rate
+  export FILE                   write it for other programs: .wav .WAV .flac .FLAC
   dump FILE                     write its samples alone, little-endian floats
   render FILE [frames=N] [rms=on|off] [levels=FILE]
                                 write what one press of Play delivers, as a CAF
@@ -175,7 +199,8 @@ std::string usage() {
 zemo-batch --help | --version
 
 Steps run in order on the one sound. --rate is the rate of the output that is
-not there: by default that of the first audio file opened, else 44100 Hz.
+not there: by default that of the first audio file opened or file imported,
+else 44100 Hz.
 Exit status: 0 done, 1 a step failed, 2 wrong command line.
 )";
 }

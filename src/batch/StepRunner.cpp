@@ -14,6 +14,8 @@
 #include "files/AudioFileLayout.h"
 #include "files/AudioFileWriter.h"
 #include "files/SoundLoader.h"
+#include "interchange/Export.h"
+#include "interchange/Import.h"
 #include "platform/Clock.h"
 #include "platform/Format.h"
 #include "platform/Services.h"
@@ -196,6 +198,39 @@ bool StepRunner::operator()(const SaveStep& step) {
         complain(underWay + ": the file was not saved.");
     }
     return saved;
+}
+
+bool StepRunner::operator()(const ImportStep& step) {
+    underWay = "import " + step.file;
+    const auto result = importSound(FileUrl(absolutePath(step.file)));
+    if (!result) {
+        complain(underWay + ": " + result.error().sentence);
+        return false;
+    }
+    const Imported& imported = result.value();
+    trace().print(format("imported %s\nchannels %d\nrate %.15g\n", imported.source.format.c_str(),
+                         imported.source.channels, imported.source.rate));
+    if (imported.incomplete) {
+        complain(underWay + ": the file is cut off or damaged; what could be read was imported.");
+    }
+    return true;
+}
+
+bool StepRunner::operator()(const ExportStep& step) {
+    underWay = "export " + step.file;
+    if (!hasSound(underWay)) {
+        return false;
+    }
+    const auto result = exportSound(FileUrl(absolutePath(step.file)));
+    if (!result) {
+        complain(underWay + ": " + result.error().sentence);
+        return false;
+    }
+    if (result.value().clipped > 0) {
+        complain(format("%s: %ld samples beyond full scale were clipped.", underWay.c_str(),
+                        result.value().clipped));
+    }
+    return true;
 }
 
 bool StepRunner::operator()(const DumpStep& step) {

@@ -121,6 +121,23 @@ int AtomicFile::write(const void* bytes, std::size_t count) {
     return 0;
 }
 
+int AtomicFile::writeAt(std::uint64_t offset, const void* bytes, std::size_t count) {
+    const auto* next = static_cast<const char*>(bytes);
+    while (count > 0) {
+        const long taken = operations_->writeAt(descriptor_, offset, next, count);
+        if (taken == -EINTR) {
+            continue;
+        }
+        if (taken <= 0) {
+            return taken == 0 ? EIO : static_cast<int>(-taken);
+        }
+        next += taken;
+        offset += static_cast<std::size_t>(taken);
+        count -= static_cast<std::size_t>(taken);
+    }
+    return 0;
+}
+
 /// Begins with the block just written and ends with an earlier one, so that a large sound does not
 /// fill the system's memory a second time on its way.
 int AtomicFile::passToDisk(std::size_t block) {

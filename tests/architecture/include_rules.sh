@@ -7,12 +7,13 @@ cd "$src" || exit 2
 
 devices='cubeb|alsa|jack|pulse|pipewire|portaudio|RtAudio|RtMidi'
 locks='mutex|shared_mutex|condition_variable|semaphore|latch|barrier|future|stop_token'
+foreign='sndfile|soxr'
 slow='thread|iostream|fstream|filesystem|syncstream'
 found=0
 
 # rule <room> <rooms it may include> <angle-bracket headers it may not> <files...>
 # A header in angle brackets with a dot or a slash is not of the standard library; "system" among
-# the allowed rooms permits it all the same.
+# the allowed rooms permits it all the same, and "<name>" that one.
 rule() {
     local room=$1 allowed=" $2 " forbidden=$3
     shift 3
@@ -45,7 +46,7 @@ rule() {
                 next
             }
             if (name ~ forbidden) bad("forbidden there")
-            else if (!osToo && (name ~ /[.\/]/ || name ~ /^Q[A-Z]/)) bad("not of the standard library")
+            else if (!osToo && index(allowed, " <" name "> ") == 0 && (name ~ /[.\/]/ || name ~ /^Q[A-Z]/)) bad("not of the standard library")
         }
         END { exit wrong }' "${files[@]}" || found=1
 }
@@ -55,13 +56,15 @@ rule platform "platform" "$locks|thread" platform/include platform/*.cpp platfor
 rule playback "platform playback" "$locks|$slow" playback
 rule files "platform playback files" "$locks|$slow" files
 rule dsp "platform playback dsp" "$locks|$slow" dsp/*.cpp dsp/include
-rule "the vector kernels" "platform playback dsp system" "$locks|$slow|$devices|$qt" dsp/kernels
+rule interchange "platform playback files interchange <sndfile.h> <soxr.h>" "$locks|$slow" interchange
+rule "the vector kernels" "platform playback dsp system" "$locks|$slow|$devices|$foreign|$qt" dsp/kernels
 rule midi "platform playback midi" "$locks|$slow" midi
 rule "the meter's geometry" "meter" "$locks|$slow" \
     meter/LevelMeterGeometry.cpp meter/include/meter/LevelMeterGeometry.h
-rule batch "platform platform_linux playback files dsp midi batch" "$locks" batch
-rule "the Linux platform" "platform platform_linux system" "$qt" platform/linux
-rule "the window" "platform platform_linux playback files dsp midi meter interface app system" \
-    "$devices" app interface meter
+rule batch "platform platform_linux playback files interchange dsp midi batch" "$locks" batch
+rule "the Linux platform" "platform platform_linux system" "$foreign|$qt" platform/linux
+rule "the window" \
+    "platform platform_linux playback files interchange dsp midi meter interface app system" \
+    "$devices|$foreign" app interface meter
 
 exit $found

@@ -35,7 +35,7 @@ accepted() { # <file> <line>
 
 # Qt and the device libraries stay out of the core and the batch program.
 for file in platform/include/platform/A.h platform/A.cpp playback/A.cpp files/A.cpp dsp/A.cpp \
-    midi/A.cpp meter/LevelMeterGeometry.cpp meter/include/meter/LevelMeterGeometry.h batch/A.cpp; do
+    interchange/A.cpp midi/A.cpp meter/LevelMeterGeometry.cpp meter/include/meter/LevelMeterGeometry.h batch/A.cpp; do
     refused "$file" '#include <QString>'
     refused "$file" '#include <cubeb/cubeb.h>'
     refused "$file" '#include "app/AppDelegate.h"'
@@ -57,6 +57,24 @@ refused dsp/A.cpp '#include <hwy/highway.h>'
 accepted dsp/kernels/A.cpp '#include <hwy/highway.h>'
 refused dsp/kernels/A.cpp '#include <thread>'
 refused dsp/kernels/A.cpp '#include <QString>'
+
+# The libraries for foreign sound files are for their room alone.
+for header in sndfile.h soxr.h; do
+    accepted interchange/A.cpp "#include <$header>"
+    for file in files/A.cpp playback/A.cpp dsp/A.cpp dsp/kernels/A.cpp batch/A.cpp app/A.cpp \
+        platform/linux/A.cpp; do
+        refused "$file" "#include <$header>"
+    done
+done
+refused interchange/A.cpp '#include <unistd.h>'
+refused interchange/A.cpp '#include <QString>'
+refused interchange/A.cpp '#include <thread>'
+refused interchange/A.cpp '#include "dsp/Filters.h"'
+refused files/A.cpp '#include "interchange/Import.h"'
+refused dsp/A.cpp '#include "interchange/Import.h"'
+accepted interchange/A.cpp '#include "files/AtomicFile.h"'
+accepted batch/A.cpp '#include "interchange/Import.h"'
+accepted app/A.cpp '#include "interchange/Import.h"'
 
 # The operating system is behind the platform's interfaces.
 for header in fcntl.h unistd.h sys/stat.h sys/mman.h stdio.h; do

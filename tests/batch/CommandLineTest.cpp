@@ -117,12 +117,31 @@ TEST(CommandLine, AnyOtherNameToSaveIsRefusedBeforeAnythingRuns) {
     }
 }
 
+TEST(CommandLine, AFileIsExportedUnderFourExtensions) {
+    for (const char* file : {"a.wav", "a.WAV", "a.flac", "a.FLAC"}) {
+        const auto line = parsed({"export", file});
+        ASSERT_TRUE(line);
+        EXPECT_EQ(std::get<ExportStep>(line->steps[0]).file, file);
+    }
+}
+
+TEST(CommandLine, AnyOtherNameToExportIsRefusedBeforeAnythingRuns) {
+    for (const char* file : {"a.caf", "a.Wav", "a.mp3", "a", ".wav"}) {
+        EXPECT_NE(complaintOf({"info", "export", file}).find(file), std::string::npos);
+    }
+}
+
+TEST(CommandLine, AFileToImportMayHaveAnyName) {
+    EXPECT_EQ(std::get<ImportStep>(parsed({"import", "a"})->steps[0]).file, "a");
+    EXPECT_FALSE(complaintOf({"import"}).empty());
+}
+
 TEST(CommandLine, ADumpMayHaveAnyName) {
     EXPECT_EQ(std::get<DumpStep>(parsed({"dump", "a.wav"})->steps[0]).file, "a.wav");
 }
 
 TEST(CommandLine, EveryStepThatWritesNeedsAFile) {
-    for (const char* step : {"save", "dump", "render"}) {
+    for (const char* step : {"save", "export", "dump", "render"}) {
         EXPECT_NE(complaintOf({step}).find(step), std::string::npos);
     }
 }

@@ -39,6 +39,14 @@ TEST(KernelVersion, IsThatOfTheRunningKernel) {
     EXPECT_EQ(KernelVersion().minorVersion(), minor);
 }
 
+TEST(LinuxMemory, HasSomeLeftButNotMoreThanTheMachineHas) {
+    const auto pages = static_cast<std::uint64_t>(::sysconf(_SC_PHYS_PAGES));
+    const auto pageBytes = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    LinuxMemory memory;
+    EXPECT_GT(memory.availableBytes(), 0U);
+    EXPECT_LE(memory.availableBytes(), pages * pageBytes);
+}
+
 TEST(SteadyClock, NeverGoesBack) {
     SteadyClock clock;
     auto last = clock.now();

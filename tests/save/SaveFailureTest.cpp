@@ -422,6 +422,26 @@ TEST_F(ManyBlocks, AFileWithoutAnythingInItIsAFileToo) {
     EXPECT_EQ(platform.files.files.at(kTarget), Bytes());
 }
 
+TEST_F(ManyBlocks, WhatIsWrittenOverStandsInThePlaceOfWhatWasThere) {
+    for (const long most : {0L, 1L, 7L}) {
+        platform.operations.inject = [&, interrupt = false](const std::string& call,
+                                                            std::size_t) mutable -> long {
+            interrupt = !interrupt;
+            return call != "writeAt" ? 0 : (interrupt ? -EINTR : most);
+        };
+        AtomicFile file;
+        ASSERT_EQ(file.create(kTarget), 0);
+        ASSERT_EQ(file.write(counting(100).data(), 100), 0);
+        ASSERT_EQ(file.writeAt(5, zeros(20).data(), 20), 0);
+        ASSERT_EQ(file.write(counting(3).data(), 3), 0);
+        ASSERT_EQ(file.close(), 0);
+        ASSERT_EQ(file.replaceTarget(), 0);
+        Bytes expected = join({counting(100), counting(3)});
+        std::fill_n(expected.begin() + 5, 20, 0);
+        EXPECT_EQ(platform.files.files.at(kTarget), expected) << most;
+    }
+}
+
 TEST_F(ManyBlocks, AFileThatIsNotFinishedIsTakenAway) {
     {
         AtomicFile file;

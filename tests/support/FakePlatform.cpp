@@ -197,17 +197,33 @@ int FakeFileOperations::setPermissions(int descriptor, const platform::FileStatu
     return static_cast<int>(called("setPermissions"));
 }
 
-long FakeFileOperations::write(int descriptor, const void* bytes, std::size_t count) {
-    const long answer = called("write");
+long FakeFileOperations::taken(const std::string& name, std::size_t count) {
+    const long answer = called(name);
     if (answer < 0) {
         return answer == kTakesNothing ? 0 : answer;
     }
-    const std::size_t taken =
-        answer > 0 ? std::min<std::size_t>(count, static_cast<std::size_t>(answer)) : count;
-    const auto* const first = static_cast<const std::uint8_t*>(bytes);
-    std::vector<std::uint8_t>& file = files_[open_.at(descriptor)];
-    file.insert(file.end(), first, first + taken);
-    return static_cast<long>(taken);
+    return answer > 0 ? std::min(static_cast<long>(count), answer) : static_cast<long>(count);
+}
+
+long FakeFileOperations::write(int descriptor, const void* bytes, std::size_t count) {
+    const long answer = taken("write", count);
+    if (answer > 0) {
+        const auto* const first = static_cast<const std::uint8_t*>(bytes);
+        std::vector<std::uint8_t>& file = files_[open_.at(descriptor)];
+        file.insert(file.end(), first, first + answer);
+    }
+    return answer;
+}
+
+long FakeFileOperations::writeAt(int descriptor, std::uint64_t offset, const void* bytes,
+                                 std::size_t count) {
+    const long answer = taken("writeAt", count);
+    if (answer > 0) {
+        std::vector<std::uint8_t>& file = files_[open_.at(descriptor)];
+        file.resize(std::max<std::size_t>(file.size(), offset + static_cast<std::size_t>(answer)));
+        std::memcpy(file.data() + offset, bytes, static_cast<std::size_t>(answer));
+    }
+    return answer;
 }
 
 int FakeFileOperations::finishSync(int /*descriptor*/, std::uint64_t from, std::uint64_t bytes) {

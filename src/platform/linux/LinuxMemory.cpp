@@ -2,6 +2,8 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <fstream>
+#include <string>
 
 #include "platform_linux/LinuxServices.h"
 
@@ -12,6 +14,19 @@ void LinuxMemory::preferLargePages(void* block, std::size_t bytes) {
     const std::uintptr_t before = reinterpret_cast<std::uintptr_t>(block) % page;
     static_cast<void>(
         ::madvise(static_cast<std::byte*>(block) - before, bytes + before, MADV_HUGEPAGE));
+}
+
+/// What the kernel says is free or can be freed at once: "MemAvailable:  1234 kB".
+std::uint64_t LinuxMemory::availableBytes() {
+    std::ifstream in("/proc/meminfo");
+    std::string word;
+    while (in >> word) {
+        std::uint64_t kibibytes = 0;
+        if (word == "MemAvailable:" && in >> kibibytes) {
+            return kibibytes * 1024;
+        }
+    }
+    return UINT64_MAX;
 }
 
 } // namespace zemo::platform

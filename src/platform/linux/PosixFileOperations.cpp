@@ -80,6 +80,12 @@ long PosixFileOperations::write(int descriptor, const void* bytes, std::size_t c
     return written < 0 ? -errno : written;
 }
 
+long PosixFileOperations::writeAt(int descriptor, std::uint64_t offset, const void* bytes,
+                                  std::size_t count) {
+    const ssize_t written = ::pwrite(descriptor, bytes, count, static_cast<off_t>(offset));
+    return written < 0 ? -errno : written;
+}
+
 void PosixFileOperations::beginSync(int descriptor, std::uint64_t from, std::uint64_t bytes) {
     static_cast<void>(::sync_file_range(descriptor, static_cast<off_t>(from),
                                         static_cast<off_t>(bytes), SYNC_FILE_RANGE_WRITE));

@@ -59,6 +59,16 @@ struct SaveStep {
     std::string file;
 };
 
+/// `import FILE`: a sound file of any known kind, converted to one channel at the output's rate.
+struct ImportStep {
+    std::string file;
+};
+
+/// `export FILE`: the sound as WAV or FLAC.
+struct ExportStep {
+    std::string file;
+};
+
 /// `dump FILE`: the samples alone, little-endian 32-bit floats.
 struct DumpStep {
     std::string file;
@@ -81,7 +91,7 @@ struct PlayStep {};
 struct InfoStep {};
 
 using Step = std::variant<OpenStep, ResampleStep, AmStep, FmStep, HdStep, RevertStep, SaveStep,
-                          DumpStep, RenderStep, PlayStep, InfoStep>;
+                          ImportStep, ExportStep, DumpStep, RenderStep, PlayStep, InfoStep>;
 
 /// The rates that an output may have, in hertz.
 inline constexpr double kLowestRate = 1.0;

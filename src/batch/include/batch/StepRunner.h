@@ -28,6 +28,8 @@ public:
     bool operator()(const HdStep& step);
     bool operator()(const RevertStep& step);
     bool operator()(const SaveStep& step);
+    bool operator()(const ImportStep& step);
+    bool operator()(const ExportStep& step);
     bool operator()(const DumpStep& step);
     bool operator()(const RenderStep& step);
     bool operator()(const PlayStep& step);

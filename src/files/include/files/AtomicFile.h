@@ -26,7 +26,9 @@ public:
 
     int create(const std::string& path);
     int write(const void* bytes, std::size_t count); ///< all of them, behind those before
-    int flush();                                     ///< to the disk
+    /// All of them, over bytes that were written before: `offset` + `count` is no more than these.
+    int writeAt(std::uint64_t offset, const void* bytes, std::size_t count);
+    int flush(); ///< to the disk
     int close();
     int replaceTarget();
 

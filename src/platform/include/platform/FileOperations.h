@@ -32,6 +32,10 @@ public:
     virtual int create(const std::string& path) = 0;
     virtual int setPermissions(int descriptor, const FileStatus& like) = 0;
     virtual long write(int descriptor, const void* bytes, std::size_t count) = 0; ///< bytes taken
+    /// The same over bytes that were written before, `offset` counted from the file's first one;
+    /// the next write goes on at the file's end all the same.
+    virtual long writeAt(int descriptor, std::uint64_t offset, const void* bytes,
+                         std::size_t count) = 0;
     /// Has the system begin to bring that part of the file to the disk, without waiting for it and
     /// without an answer: finishSync or sync gives that.
     virtual void beginSync(int /*descriptor*/, std::uint64_t /*from*/, std::uint64_t /*bytes*/) {}

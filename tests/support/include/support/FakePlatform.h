@@ -115,8 +115,8 @@ public:
     explicit FakeFileOperations(MemoryFileSystem& fileSystem) : files_(fileSystem.files) {}
 
     /// Called before every call with its name and how many calls were made before it. What it
-    /// returns other than 0 is the call's answer: a negative error number, or, from "write", how
-    /// many bytes are taken, kTakesNothing for none.
+    /// returns other than 0 is the call's answer: a negative error number, or, from "write"
+    /// and "writeAt", how many bytes are taken, kTakesNothing for none.
     std::function<long(const std::string& call, std::size_t index)> inject;
     static constexpr long kTakesNothing = INT64_MIN;
     std::vector<std::string> calls;
@@ -131,6 +131,8 @@ public:
     int create(const std::string& path) override;
     int setPermissions(int descriptor, const platform::FileStatus& like) override;
     long write(int descriptor, const void* bytes, std::size_t count) override;
+    long writeAt(int descriptor, std::uint64_t offset, const void* bytes,
+                 std::size_t count) override;
     int finishSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int sync(int descriptor) override;
     int close(int descriptor) override;
@@ -143,6 +145,8 @@ public:
 
 private:
     long called(const std::string& name);
+    /// What a write of that many bytes answers.
+    long taken(const std::string& name, std::size_t count);
 
     std::map<std::string, std::vector<std::uint8_t>>& files_;
     std::map<int, std::string> open_;

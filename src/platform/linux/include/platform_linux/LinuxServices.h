@@ -28,6 +28,7 @@ public:
 class LinuxMemory final : public Memory {
 public:
     void preferLargePages(void* block, std::size_t bytes) override;
+    std::uint64_t availableBytes() override;
 };
 
 class ThreadWorkers final : public Workers {
@@ -52,6 +53,8 @@ public:
     int create(const std::string& path) override;
     int setPermissions(int descriptor, const FileStatus& like) override;
     long write(int descriptor, const void* bytes, std::size_t count) override;
+    long writeAt(int descriptor, std::uint64_t offset, const void* bytes,
+                 std::size_t count) override;
     void beginSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int finishSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int sync(int descriptor) override;

@@ -178,9 +178,11 @@ void AppDelegate::describeLength() {
 
 void AppDelegate::describeTransformation(const Refusal& refusal) {
     describeLength();
-    const bool cancelled = refusal && refusal->category == platform::ErrorCategory::Cancelled;
-    const QString reason = refusal ? QString::fromStdString(refusal->sentence) : tr("Done");
-    resultValue_->setText(cancelled ? tr("Cancelled") : reason);
+    if (refusal) {
+        describeFailure(*refusal);
+    } else {
+        resultValue_->setText(tr("Done"));
+    }
 }
 
 } // namespace zemo

@@ -51,6 +51,8 @@ void AppDelegate::connectActions() {
     connect(testButton, &QPushButton::clicked, this, [this] { testButtonPressed(testButton); });
     onMenu("OpenMenu", [this] { OpenDialog(OpenMenu); });
     onMenu("OpenRawMenu", [this] { classicOpenDialog(sender()); });
+    onMenu("ImportMenu", [this] { ImportDialog(sender()); });
+    onMenu("ExportMenu", [this] { ExportDialog(sender()); });
     onMenu("SaveAsAudioMenu", [this] { SaveAsAudioDialog(SaveAsAudioMenu); });
     onMenu("RevertMenu", [this] { revertAction(RevertMenu); });
     onMenu("ResampleMenu", [this] { ResampleDialog(ResampleMenu); });
@@ -63,6 +65,7 @@ void AppDelegate::connectActions() {
     onMenu("TestMenu", [this] { testButton->click(); });
     onMenu("ManualMenu", [this] { showManual(); });
     onMenu("AboutMenu", [this] { aboutDialog(sender()); });
+    connect(window, &BackgroundWindow::fileDropped, this, &AppDelegate::openAnyFile);
     playButton->setFocus();
 }
 

@@ -16,7 +16,8 @@ namespace {
 
 constexpr const char* kUsage = "zemo [FILE]\n"
                                "  Opens ZEMO, with FILE in it: CAF or AIFF-C by its extension,\n"
-                               "  anything else as raw 32-bit floats.\n"
+                               "  other sound files converted, anything else as raw 32-bit floats\n"
+                               "  when you agree.\n"
                                "zemo --help | --version\n";
 
 bool hasDisplay() {
@@ -65,7 +66,7 @@ int runWindow(QApplication& application) {
     zemo::platform::services().midi = midi.get();
     delegate.applicationDidFinishLaunching();
     if (application.arguments().size() > 1) {
-        delegate.openFileNamed(application.arguments().at(1));
+        delegate.openAnyFile(application.arguments().at(1));
     }
     // A window that was closed meanwhile would end an event loop that does not run yet.
     const int status = delegate.window->isVisible() ? QApplication::exec() : EXIT_SUCCESS;

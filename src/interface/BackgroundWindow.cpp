@@ -1,8 +1,29 @@
 #include "interface/BackgroundWindow.h"
 
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QPainter>
+#include <QUrl>
 
 namespace zemo {
+namespace {
+
+/// The first file of this computer among what is dragged; empty when there is none.
+QString fileAmong(const QMimeData* dragged) {
+    for (const QUrl& url : dragged->urls()) {
+        if (url.isLocalFile()) {
+            return url.toLocalFile();
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+BackgroundWindow::BackgroundWindow(QWidget* parent) : QMainWindow(parent) {
+    setAcceptDrops(true);
+}
 
 void BackgroundWindow::setOpaque(bool opaque) {
     setAttribute(Qt::WA_TranslucentBackground, !opaque);
@@ -17,6 +38,22 @@ void BackgroundWindow::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.fillRect(rect(), backgroundColour_);
+}
+
+void BackgroundWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (!fileAmong(event->mimeData()).isEmpty()) {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    }
+}
+
+/// Told later: whoever drags waits for this to return.
+void BackgroundWindow::dropEvent(QDropEvent* event) {
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    QMetaObject::invokeMethod(
+        this, [this, path = fileAmong(event->mimeData())] { emit fileDropped(path); },
+        Qt::QueuedConnection);
 }
 
 } // namespace zemo

@@ -112,6 +112,8 @@ public:
     void classicOpenDialog(QObject* sender);
     /// Saves the sound as it is now, whatever becomes of it while the panel is open.
     void SaveAsAudioDialog(QObject* sender);
+    void ImportDialog(QObject* sender);
+    void ExportDialog(QObject* sender);
     void ResampleDialog(QObject* sender);
     void resamplingOkButtonPressed(QObject* sender);
     void resamplingCancelButtonPressed(QObject* sender);
@@ -158,6 +160,11 @@ public:
 
     /// Opens a file as the open panel does with both its boxes unchecked.
     void openFileNamed(const QString& path);
+    /// Takes in a file that was dropped, or given when the program was started: by Open, by Import
+    /// or, once the user agrees, as raw data.
+    void openAnyFile(const QString& path);
+    void importFile(const QString& path);
+    void exportFile(const QString& path);
 
 private:
     template <typename Outlet> bool fill(QWidget* owner, Outlet*& outlet, const char* name) {
@@ -184,6 +191,9 @@ private:
     void saveHeld(const QString& path, const HeldSound& sound);
     void describeSound(const QString& path, const std::string& status);
     void describeLength();
+    void describeFailure(const platform::Error& error);
+    bool isImportable(const QString& path);
+    void offerRawData(const QString& path);
     void describeTransformation(const Refusal& refusal);
     void styleWindow();
     void showRate();

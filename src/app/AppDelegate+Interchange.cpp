@@ -1,0 +1,141 @@
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLocale>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "app/AppDelegate.h"
+#include "files/SoundLoader.h"
+#include "interchange/Export.h"
+#include "interchange/Import.h"
+#include "interface/SavePanel.h"
+#include "playback/SharedState.h"
+
+namespace zemo {
+namespace {
+
+FileUrl urlOf(const QString& path) {
+    return FileUrl(QFile::encodeName(QFileInfo(path).absoluteFilePath()).toStdString());
+}
+
+bool isOpenedByExtension(const QString& path) {
+    return isAudioFileExtension(QFileInfo(path).suffix().toStdString());
+}
+
+} // namespace
+
+void AppDelegate::ImportDialog(QObject* /*sender*/) {
+    auto* const panel = new QFileDialog(window, tr("Import Audio"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setOption(QFileDialog::DontUseNativeDialog);
+    panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setLabelText(QFileDialog::Accept, tr("Import"));
+    connect(panel, &QFileDialog::fileSelected, this, &AppDelegate::importFile);
+    panel->open();
+}
+
+void AppDelegate::importFile(const QString& path) {
+    if (work_.isBusy()) {
+        return;
+    }
+    const QString name = QFileInfo(path).fileName();
+    work_.setDescription(tr("Importing %1…").arg(name));
+    const auto imported = importSound(urlOf(path));
+    messages_.drain(*this);
+    if (!imported) {
+        describeFailure(imported.error());
+        return;
+    }
+    soundName_->setText(name);
+    describeLength();
+    const SoundFileDescription& source = imported.value().source;
+    const QString what =
+        tr("Imported: %1, %n channel(s), %2 Hz", nullptr, source.channels)
+            .arg(QString::fromStdString(source.format), QLocale().toString(source.rate, 'g', 10));
+    resultValue_->setText(imported.value().incomplete ? tr("%1. The file is cut off.").arg(what)
+                                                      : what);
+}
+
+void AppDelegate::ExportDialog(QObject* /*sender*/) {
+    if (fBuffersize.load() == 0) {
+        return;
+    }
+    auto* const panel = new SavePanel(window, tr("Export Audio"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setAllowedFileTypes({"wav", "WAV", "flac", "FLAC"});
+    panel->setLabelText(QFileDialog::Accept, tr("Export"));
+    connect(panel, &QFileDialog::fileSelected, this, &AppDelegate::exportFile);
+    panel->open();
+}
+
+void AppDelegate::exportFile(const QString& path) {
+    if (work_.isBusy()) {
+        return;
+    }
+    const QString name = QFileInfo(path).fileName();
+    work_.setDescription(tr("Exporting %1…").arg(name));
+    const auto exported = exportSound(urlOf(path));
+    if (!exported) {
+        describeFailure(exported.error());
+        return;
+    }
+    const std::int64_t clipped = exported.value().clipped;
+    const QString what =
+        tr("Exported as %1 (%2)").arg(name, QString::fromStdString(exported.value().format));
+    resultValue_->setText(clipped > 0 ? tr("%1. Samples beyond full scale that were clipped: %2.")
+                                            .arg(what, QLocale().toString(qlonglong{clipped}))
+                                      : what);
+}
+
+/// What a file is decides how it comes in: by its extension one of those that Open reads, by its
+/// content one that Import knows, else raw data, if the user wants that.
+void AppDelegate::openAnyFile(const QString& path) {
+    if (work_.isBusy()) {
+        return;
+    }
+    if (!QFileInfo(path).isFile()) {
+        resultValue_->setText(tr("%1 is not a file").arg(QFileInfo(path).fileName()));
+    } else if (isOpenedByExtension(path)) {
+        openFileNamed(path);
+    } else if (isImportable(path)) {
+        importFile(path);
+    } else {
+        offerRawData(path);
+    }
+}
+
+bool AppDelegate::isImportable(const QString& path) {
+    bool isKnown = false;
+    work_.setDescription(tr("Looking at %1…").arg(QFileInfo(path).fileName()));
+    const bool done =
+        platform::runLongWork([&] { isKnown = isKnownSoundFile(urlOf(path).path()); });
+    return done && isKnown;
+}
+
+void AppDelegate::offerRawData(const QString& path) {
+    auto* const box = new QMessageBox(window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setIcon(QMessageBox::Question);
+    box->setWindowTitle(tr("Open as Raw Data"));
+    box->setTextFormat(Qt::PlainText);
+    box->setText(tr("%1 is no sound file that ZEMO knows.").arg(QFileInfo(path).fileName()));
+    box->setInformativeText(
+        tr("It can be opened as raw data: every four bytes of it are one sample then."));
+    QPushButton* const open = box->addButton(tr("Open as Raw Data"), QMessageBox::AcceptRole);
+    box->setDefaultButton(open);
+    box->setEscapeButton(box->addButton(QMessageBox::Cancel));
+    connect(box, &QMessageBox::buttonClicked, this, [this, open, path](QAbstractButton* pressed) {
+        if (pressed == open) {
+            openFileNamed(path);
+        }
+    });
+    box->open();
+}
+
+void AppDelegate::describeFailure(const platform::Error& error) {
+    const bool cancelled = error.category == platform::ErrorCategory::Cancelled;
+    resultValue_->setText(cancelled ? tr("Cancelled") : QString::fromStdString(error.sentence));
+}
+
+} // namespace zemo

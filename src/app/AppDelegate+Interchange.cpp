@@ -50,9 +50,12 @@ void AppDelegate::importFile(const QString& path) {
     soundName_->setText(name);
     describeLength();
     const SoundFileDescription& source = imported.value().source;
-    const QString what =
-        tr("Imported: %1, %n channel(s), %2 Hz", nullptr, source.channels)
-            .arg(QString::fromStdString(source.format), QLocale().toString(source.rate, 'g', 10));
+    const QLocale locale;
+    const QString channels =
+        source.channels == 1 ? tr("mono") : tr("%1 channels").arg(locale.toString(source.channels));
+    const QString what = tr("Imported: %1, %2, %3 Hz")
+                             .arg(QString::fromStdString(source.format), channels,
+                                  locale.toString(source.rate, 'g', 10));
     resultValue_->setText(imported.value().incomplete ? tr("%1. The file is cut off.").arg(what)
                                                       : what);
 }

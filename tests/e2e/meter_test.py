@@ -27,8 +27,8 @@ class Meter(case.SoundCase):
 
     def play_constant(self, level):
         samples = audio.constant(level, SECONDS * self.rate)
-        self.launch(audio.write_raw(self.path("constant.f32"), samples))
-        self.window.wait_for_label("constant.f32")
+        self.launch(audio.write_caf(self.path("constant.caf"), self.rate, samples))
+        self.window.wait_for_label("constant.caf")
         self.play()
 
     def clear(self):

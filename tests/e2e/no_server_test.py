@@ -15,8 +15,8 @@ class WithoutServer(case.WindowCase):
 
     def load(self, seconds):
         samples = audio.noise(int(48000 * seconds), seed=1)
-        self.launch(audio.write_raw(self.path("noise.f32"), samples))
-        self.window.wait_for_label("noise.f32")
+        self.launch(audio.write_caf(self.path("noise.caf"), 48000, samples))
+        self.window.wait_for_label("noise.caf")
 
     def test_the_window_says_so(self):
         self.launch()

@@ -78,7 +78,8 @@ private slots:
     }
     void cleanupTestCase() {
         zemo_.reset();
-        QFile::remove(file());
+        QFile::remove(file("caf"));
+        QFile::remove(file("wav"));
     }
 
     void resampling() {
@@ -119,18 +120,31 @@ private slots:
 
     void savingAndOpening() {
         AppDelegate& zemo = zemo_->delegate;
-        QFile::remove(file());
+        QFile::remove(file("caf"));
         zemo.SaveAsAudioDialog(nullptr);
         auto* const panel = zemo.window->findChild<SavePanel*>();
-        panel->selectFile(file());
+        panel->selectFile(file("caf"));
         measure("save", [&] { QMetaObject::invokeMethod(panel, "accept"); });
-        QVERIFY(QFile::exists(file()));
-        measure("open", [&] { zemo.openFileNamed(file()); });
+        QVERIFY(QFile::exists(file("caf")));
+        measure("open", [&] { zemo.openFileNamed(file("caf")); });
         QCOMPARE(fBuffersize.load(), kHalfAnHour + 2);
     }
 
+    void exportingAndImporting() {
+        AppDelegate& zemo = zemo_->delegate;
+        measure("export", [&] { zemo.exportFile(file("wav")); });
+        measure("import", [&] { zemo.importFile(file("wav")); });
+        QCOMPARE(fBuffersize.load(), kHalfAnHour + 2);
+        R = 48000.0;
+        measure("import at another rate", [&] { zemo.importFile(file("wav")); });
+        R = kRate;
+        QVERIFY(fBuffersize.load() > kHalfAnHour * 48 / 45);
+    }
+
 private:
-    static QString file() { return QDir::temp().filePath("zemo-half-an-hour.caf"); }
+    static QString file(const QString& extension) {
+        return QDir::temp().filePath("zemo-half-an-hour." + extension);
+    }
 
     static void measure(const char* what, const std::function<void()>& action) {
         QTest::qWait(50); // what the test itself left to be drawn

@@ -1,0 +1,40 @@
+// drag_source FILE: a window from which FILE can be dragged, as from a file manager.
+
+#include <QApplication>
+#include <QDrag>
+#include <QLabel>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QUrl>
+
+namespace {
+
+class DragSource : public QLabel {
+public:
+    explicit DragSource(const QString& file) : QLabel("Drag me"), file_(file) {
+        setWindowTitle("Drag source");
+        setAlignment(Qt::AlignCenter);
+        setFixedSize(160, 80);
+    }
+
+protected:
+    void mousePressEvent(QMouseEvent* /*event*/) override {
+        auto* const dragged = new QMimeData;
+        dragged->setUrls({QUrl::fromLocalFile(file_)});
+        auto* const drag = new QDrag(this);
+        drag->setMimeData(dragged);
+        drag->exec(Qt::CopyAction);
+    }
+
+private:
+    QString file_;
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    DragSource source(application.arguments().value(1));
+    source.show();
+    return QApplication::exec();
+}

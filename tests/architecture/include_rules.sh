@@ -61,10 +61,17 @@ rule "the vector kernels" "platform playback dsp system" "$locks|$slow|$devices|
 rule midi "platform playback midi" "$locks|$slow" midi
 rule "the meter's geometry" "meter" "$locks|$slow" \
     meter/LevelMeterGeometry.cpp meter/include/meter/LevelMeterGeometry.h
+# Pictures are plain functions of the samples; only the builder has a thread. It waits by joining it.
+rule "the overview's pictures" "platform overview system" "$locks|$slow|$devices|$qt" \
+    overview/ColourMap.cpp overview/Spectrogram.cpp overview/WavePyramid.cpp \
+    overview/include/overview/ColourMap.h overview/include/overview/Spectrogram.h \
+    overview/include/overview/WavePyramid.h
+rule "the overview" "platform overview system" \
+    "$locks|iostream|fstream|filesystem|syncstream|$devices|$qt" overview
 rule batch "platform platform_linux playback files interchange dsp midi batch" "$locks" batch
 rule "the Linux platform" "platform platform_linux system" "$foreign|$qt" platform/linux
 rule "the window" \
-    "platform platform_linux playback files interchange dsp midi meter interface app system" \
+    "platform platform_linux playback files interchange dsp midi meter overview interface app system" \
     "$devices|$foreign" app interface meter
 
 exit $found

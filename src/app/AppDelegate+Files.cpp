@@ -83,9 +83,10 @@ void AppDelegate::openChosenFile(const QString& path) {
     }
     work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
     const FileUrl url(fileSystemPath(path));
+    const SoundChange change(*this);
     const OpenResult result = openByExtension(url, swapRaw);
     if (result.cancelled) {
-        resultValue_->setText(tr("Cancelled"));
+        showResult(tr("Cancelled"));
         return;
     }
     if (!result.isAudioFile) {
@@ -113,9 +114,10 @@ void AppDelegate::openChosenRawFile(const QString& path) {
     }
     work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
     const std::string file = fileSystemPath(path);
+    const SoundChange change(*this);
     const char* const status = openFile(file.c_str(), swapRaw);
     if (status == kReadingCancelled) {
-        resultValue_->setText(tr("Cancelled"));
+        showResult(tr("Cancelled"));
         return;
     }
     string = status;
@@ -155,18 +157,19 @@ void AppDelegate::saveHeld(const QString& path, const HeldSound& sound) {
     const bool saved = saveHeldSound(FileUrl(fileSystemPath(path)), sound);
     trace().log(platform::format("%uc", saved ? 1U : 0U));
     trace().log("no_err"); // whatever the result
-    resultValue_->setText(saved ? tr("Saved as %1").arg(name) : tr("%1 was not saved").arg(name));
+    showResult(saved ? tr("Saved as %1").arg(name) : tr("%1 was not saved").arg(name));
 }
 
 void AppDelegate::describeSound(const QString& path, const std::string& status) {
     const QString name = QFileInfo(path).fileName();
     if (status == "KO") { // the sound that is described is still there
-        resultValue_->setText(tr("%1 (%2)").arg("KO", name));
+        showResult(tr("%1 (%2)").arg("KO", name));
+        explainRefusal(path, fileSystemPath(path));
         return;
     }
     soundName_->setText(fBuffersize.load() > 0 ? name : tr("No sound"));
     describeLength();
-    resultValue_->setText(printable(status));
+    showResult(printable(status));
 }
 
 void AppDelegate::describeLength() {
@@ -181,7 +184,7 @@ void AppDelegate::describeTransformation(const Refusal& refusal) {
     if (refusal) {
         describeFailure(*refusal);
     } else {
-        resultValue_->setText(tr("Done"));
+        showResult(tr("Done"));
     }
 }
 

@@ -41,6 +41,7 @@ void AppDelegate::importFile(const QString& path) {
     }
     const QString name = QFileInfo(path).fileName();
     work_.setDescription(tr("Importing %1…").arg(name));
+    const SoundChange change(*this);
     const auto imported = importSound(urlOf(path));
     messages_.drain(*this);
     if (!imported) {
@@ -56,8 +57,7 @@ void AppDelegate::importFile(const QString& path) {
     const QString what = tr("Imported: %1, %2, %3 Hz")
                              .arg(QString::fromStdString(source.format), channels,
                                   locale.toString(source.rate, 'g', 10));
-    resultValue_->setText(imported.value().incomplete ? tr("%1. The file is cut off.").arg(what)
-                                                      : what);
+    showResult(imported.value().incomplete ? tr("%1. The file is cut off.").arg(what) : what);
 }
 
 void AppDelegate::ExportDialog(QObject* /*sender*/) {
@@ -86,9 +86,9 @@ void AppDelegate::exportFile(const QString& path) {
     const std::int64_t clipped = exported.value().clipped;
     const QString what =
         tr("Exported as %1 (%2)").arg(name, QString::fromStdString(exported.value().format));
-    resultValue_->setText(clipped > 0 ? tr("%1. Samples beyond full scale that were clipped: %2.")
-                                            .arg(what, QLocale().toString(qlonglong{clipped}))
-                                      : what);
+    showResult(clipped > 0 ? tr("%1. Samples beyond full scale that were clipped: %2.")
+                                 .arg(what, QLocale().toString(qlonglong{clipped}))
+                           : what);
 }
 
 /// What a file is decides how it comes in: by its extension one of those that Open reads, by its
@@ -98,7 +98,7 @@ void AppDelegate::openAnyFile(const QString& path) {
         return;
     }
     if (!QFileInfo(path).isFile()) {
-        resultValue_->setText(tr("%1 is not a file").arg(QFileInfo(path).fileName()));
+        showResult(tr("%1 is not a file").arg(QFileInfo(path).fileName()));
     } else if (isOpenedByExtension(path)) {
         openFileNamed(path);
     } else if (isImportable(path)) {
@@ -138,7 +138,7 @@ void AppDelegate::offerRawData(const QString& path) {
 
 void AppDelegate::describeFailure(const platform::Error& error) {
     const bool cancelled = error.category == platform::ErrorCategory::Cancelled;
-    resultValue_->setText(cancelled ? tr("Cancelled") : QString::fromStdString(error.sentence));
+    showResult(cancelled ? tr("Cancelled") : QString::fromStdString(error.sentence));
 }
 
 } // namespace zemo

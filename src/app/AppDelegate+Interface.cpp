@@ -31,10 +31,11 @@ bool AppDelegate::loadMainWindow() {
         fill(window, soundName_, "soundName") && fill(window, lengthValue_, "lengthValue") &&
         fill(window, samplesValue_, "samplesValue") && fill(window, rateValue_, "rateValue") &&
         fill(window, resultValue_, "resultValue") && fill(window, notice_, "notice");
-    if (!buttons || !menus || !labels) {
+    if (!buttons || !menus || !labels || !fillViews()) {
         return false;
     }
     connectActions();
+    connectViews();
     work_.setWindow(window);
     platform::services().longWork = &work_;
     styleWindow();

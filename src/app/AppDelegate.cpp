@@ -60,6 +60,7 @@ AppDelegate::AppDelegate(QObject* parent) : QObject(parent) {
 }
 
 AppDelegate::~AppDelegate() {
+    builder_.stop();
     if (bufferPlayer.outputUnit != nullptr) {
         bufferPlayer.outputUnit->stop();
     }
@@ -227,6 +228,7 @@ void AppDelegate::traceMissingBuffer() {
 void AppDelegate::attendPlayback() {
     const bool more = superviseOutputUnit();
     messages_.drain(*this);
+    showPlayhead();
     showNotice();
     if (more && !attendant_.isActive()) {
         attendant_.start();

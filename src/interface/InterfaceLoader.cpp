@@ -6,6 +6,7 @@
 #include "interface/BackgroundWindow.h"
 #include "interface/SegmentedControl.h"
 #include "interface/SheetPanel.h"
+#include "interface/SoundView.h"
 #include "interface/StateButton.h"
 #include "interface/TitledButton.h"
 #include "meter/levelOpenGLView.h"
@@ -29,6 +30,7 @@ const QHash<QString, Maker>& makers() {
         {"BackgroundWindow", make<BackgroundWindow>},
         {"SegmentedControl", make<SegmentedControl>},
         {"SheetPanel", make<SheetPanel>},
+        {"SoundView", make<SoundView>},
         {"StateButton", make<StateButton>},
         {"TitledButton", make<TitledButton>},
         {"levelOpenGLView", make<levelOpenGLView>},

@@ -8,12 +8,15 @@ import subprocess
 import sys
 from pathlib import Path
 
+import numpy
+
 import audio
 from servers import Desktop, SoundServer, wait_for
-from window import GREEN, PLAY, STOP, Program, Window
+from window import GREEN, PLAY, STOP, Program, Window, press_keys, screenshot
 
 RATE = 48000
 HARP = Path(__file__).resolve().parents[2] / "examples" / "harp-48000.caf"
+PEAK = "−1.9 dBFS"  # said when the wave is drawn
 
 
 class Photographer:
@@ -42,8 +45,28 @@ class Photographer:
 
     def loaded(self):
         program, window = self.launch(HARP)
-        window.wait_for_label(HARP.name)
+        window.wait_for_label(PEAK)
         self.take("loaded")
+        program.close()
+
+    def spectrogram(self):
+        program, window = self.launch(HARP)
+        window.wait_for_label(PEAK)
+        before = screenshot()
+        press_keys("ctrl+g")
+        wait_for(lambda: (screenshot() != before).mean() > 0.1, "the spectrogram is seen")
+        self.take("spectrogram")
+        program.close()
+
+    def marks(self):
+        samples = audio.noise(RATE, seed=1)
+        samples[RATE // 4] = samples[RATE // 2] = -1.5
+        samples[3 * RATE // 4] = numpy.nan
+        path = audio.write_raw(self._desktop.directory / "marks.f32", samples)
+        program, window = self.launch()
+        window.open(path)
+        window.wait_for_label("+3.5 dBFS")
+        self.take("marks")
         program.close()
 
     def playing(self):
@@ -77,6 +100,9 @@ class Photographer:
         window.alert("ZEMO: Error:")
         wait_for(lambda: not window.look_for("dialog", "Open"), "the panel is gone")
         self.take("refused")
+        window.button("OK").press()
+        window.wait_until_closed("ZEMO: Error:", role="alert")
+        self.take("reason")
         program.close()
 
 
@@ -88,6 +114,8 @@ def main():
         photographer = Photographer(desktop, Path(sys.argv[1]).resolve())
         photographer.idle()
         photographer.loaded()
+        photographer.spectrogram()
+        photographer.marks()
         photographer.playing()
         photographer.stopping()
         photographer.refused()

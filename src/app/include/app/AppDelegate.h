@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -24,10 +25,12 @@
 #include "interface/ManualWindow.h"
 #include "interface/SegmentedControl.h"
 #include "interface/SheetPanel.h"
+#include "interface/SoundView.h"
 #include "interface/StateButton.h"
 #include "interface/TitledButton.h"
 #include "meter/levelOpenGLView.h"
 #include "midi/MidiClient.h"
+#include "overview/OverviewBuilder.h"
 #include "playback/Delegate.h"
 #include "playback/RenderMessageQueue.h"
 
@@ -48,6 +51,7 @@ public:
     // Outlets ---------------------------------------------------------------------------------
     BackgroundWindow* window = nullptr;
     levelOpenGLView* levelView = nullptr;
+    SoundView* soundView = nullptr;
     TitledButton* playButton = nullptr;
     StateButton* modeButton = nullptr;
     TitledButton* testButton = nullptr;
@@ -58,6 +62,7 @@ public:
     QAction* FMMenu = nullptr;
     QAction* HDMenu = nullptr;
     QAction* RevertMenu = nullptr;
+    QAction* SpectrogramMenu = nullptr;
 
     // The sheets' outlets are null until a sheet is opened for the first time.
     SheetPanel* resamplePanel = nullptr;
@@ -195,6 +200,35 @@ private:
     bool isImportable(const QString& path);
     void offerRawData(const QString& path);
     void describeTransformation(const Refusal& refusal);
+
+    // The pictures of the sound. Whatever may change or free the sound does it within a
+    // SoundChange, in which nothing else reads the sound.
+    class SoundChange {
+    public:
+        explicit SoundChange(AppDelegate& delegate) : delegate_(delegate) {
+            delegate_.soundWillChange();
+        }
+        SoundChange(const SoundChange&) = delete;
+        SoundChange& operator=(const SoundChange&) = delete;
+        ~SoundChange() { delegate_.soundDidChange(); }
+
+    private:
+        AppDelegate& delegate_;
+    };
+    bool fillViews();
+    void connectViews();
+    /// When it returns, nothing reads the sound any more for its pictures.
+    void soundWillChange();
+    /// Has the pictures of the sound as it is now made.
+    void soundDidChange();
+    void takeOverviewLater(const overview::Overview& made); ///< [worker]
+    void takeOverview(const overview::Overview& made);
+    void showPlayhead();
+    void showResult(const QString& text); ///< and no reason
+    /// Says why a file was refused and what to do about it; with an empty text nothing.
+    void showReason(const QString& text);
+    void explainRefusal(const QString& path, const std::string& file);
+
     void styleWindow();
     void showRate();
     void showNotice();
@@ -205,11 +239,17 @@ private:
     QLabel* rateValue_ = nullptr;
     QLabel* resultValue_ = nullptr;
     QLabel* notice_ = nullptr;
+    QLabel* peakValue_ = nullptr;
+    QLabel* reasonValue_ = nullptr;
     SheetSession sheets_;
     WorkInWindow work_;
     RenderMessageQueue messages_;
     std::unique_ptr<ManualWindow> manual_; ///< from when it was first asked for
     QTimer attendant_;                     ///< runs while the output has anything to be attended to
+    QElapsedTimer playheadMoved_;
+    std::uint64_t wantedBuild_ = 0; ///< of the pictures; 0: none
+    overview::OverviewBuilder builder_{
+        [this](const overview::Overview& made) { takeOverviewLater(made); }};
 };
 
 } // namespace zemo

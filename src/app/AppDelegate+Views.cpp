@@ -1,0 +1,105 @@
+#include <QFileInfo>
+
+#include "app/AppDelegate.h"
+#include "files/RefusalReason.h"
+#include "interface/SoundRuler.h"
+#include "playback/SharedState.h"
+
+namespace zemo {
+namespace {
+
+constexpr qint64 kPlayheadInterval = 16; ///< milliseconds between two moves of the line, at least
+
+} // namespace
+
+bool AppDelegate::fillViews() {
+    return fill(window, soundView, "soundView") &&
+           fill(window, SpectrogramMenu, "SpectrogramMenu") &&
+           fill(window, peakValue_, "peakValue") && fill(window, reasonValue_, "reasonValue");
+}
+
+void AppDelegate::connectViews() {
+    connect(SpectrogramMenu, &QAction::toggled, soundView, &SoundView::setSpectrogramShown);
+    connect(soundView, &SoundView::spectrogramShownChanged, SpectrogramMenu, &QAction::setChecked);
+    reasonValue_->hide();
+}
+
+void AppDelegate::soundWillChange() {
+    builder_.stop();
+}
+
+void AppDelegate::soundDidChange() {
+    const std::int64_t count = fBuffersize.load();
+    if (count == 0) {
+        wantedBuild_ = 0;
+        soundView->clear();
+        peakValue_->setText("–");
+        return;
+    }
+    wantedBuild_ = builder_.rebuild({fBuffer.load(), static_cast<std::size_t>(count)}, R);
+}
+
+void AppDelegate::takeOverviewLater(const overview::Overview& made) {
+    QMetaObject::invokeMethod(
+        this, [this, made] { takeOverview(made); }, Qt::QueuedConnection);
+}
+
+void AppDelegate::takeOverview(const overview::Overview& made) {
+    if (made.build != wantedBuild_) {
+        return; // of a sound that is gone
+    }
+    if (made.wave == nullptr) {
+        soundView->clearForWantOfMemory();
+        peakValue_->setText("–");
+    } else if (made.isComplete) {
+        soundView->setSpectrogram(made.spectrogram);
+    } else {
+        soundView->setWave(made.wave, R);
+        peakValue_->setText(decibelText(made.wave->peak()));
+    }
+}
+
+/// The line is nowhere unless the sound is heard.
+void AppDelegate::showPlayhead() {
+    if (bufferPlayer.rampState.load() == Silent) {
+        soundView->setPlayhead(-1.0);
+        playheadMoved_.invalidate();
+    } else if (!playheadMoved_.isValid() || playheadMoved_.elapsed() >= kPlayheadInterval) {
+        soundView->setPlayhead(bufferPlayer.readPosition.load());
+        playheadMoved_.start();
+    }
+}
+
+void AppDelegate::showResult(const QString& text) {
+    resultValue_->setText(text);
+    showReason({});
+}
+
+void AppDelegate::showReason(const QString& text) {
+    reasonValue_->setText(text);
+    reasonValue_->setVisible(!text.isEmpty());
+}
+
+void AppDelegate::explainRefusal(const QString& path, const std::string& file) {
+    using Kind = RefusalReason::Kind;
+    const RefusalReason reason = refusalReason(FileUrl(file));
+    const QString name = QFileInfo(path).fileName();
+    const auto hertz = [](double rate) { return QString::number(rate, 'g', 10); };
+    switch (reason.kind) {
+    case Kind::None:
+        return showReason({});
+    case Kind::Unreadable:
+        return showReason(QString::fromStdString(reason.sentence));
+    case Kind::Rate:
+        return showReason(tr("%1 is at %2 Hz, the output at %3 Hz. Import Audio… converts it.")
+                              .arg(name, hertz(reason.rate), hertz(R)));
+    case Kind::Channels:
+        return showReason(tr("%1 has %2 channels, not one. Import Audio… converts it.")
+                              .arg(name, QString::number(reason.channels)));
+    case Kind::Format:
+        return showReason(
+            tr("The samples of %1 are not 32-bit floats. Import Audio… converts them.").arg(name));
+    }
+}
+
+} // namespace zemo

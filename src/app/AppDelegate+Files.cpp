@@ -54,6 +54,12 @@ QString printable(const std::string& text) {
 
 } // namespace
 
+/// A panel's end may be the end of the panel, and it is still at its own code when it tells of it.
+/// Long work, in which events go on, must not begin before it is through.
+void AppDelegate::onceClosed(std::function<void()> action) {
+    QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
+}
+
 void AppDelegate::OpenDialog(QObject* /*sender*/) {
     QFileDialog* const panel = makeOpenPanel(window, tr("Open"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
@@ -71,7 +77,7 @@ void AppDelegate::OpenDialog(QObject* /*sender*/) {
         swapRaw = swapBox->isChecked();
         norm = normalizeBox->isChecked();
         if (result == QDialog::Accepted) {
-            openChosenFile(panel->selectedFiles().value(0));
+            onceClosed([this, path = panel->selectedFiles().value(0)] { openChosenFile(path); });
         }
     });
     panel->open();
@@ -142,7 +148,8 @@ void AppDelegate::SaveAsAudioDialog(QObject* /*sender*/) {
     connect(panel, &QDialog::finished, this, [this, panel, sound = HeldSound::take()](int result) {
         if (result == QDialog::Accepted) {
             panel->hide();
-            saveHeld(panel->selectedFiles().value(0), sound);
+            onceClosed(
+                [this, path = panel->selectedFiles().value(0), sound] { saveHeld(path, sound); });
         }
     });
     panel->open();

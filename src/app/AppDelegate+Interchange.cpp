@@ -31,7 +31,8 @@ void AppDelegate::ImportDialog(QObject* /*sender*/) {
     panel->setOption(QFileDialog::DontUseNativeDialog);
     panel->setFileMode(QFileDialog::ExistingFile);
     panel->setLabelText(QFileDialog::Accept, tr("Import"));
-    connect(panel, &QFileDialog::fileSelected, this, &AppDelegate::importFile);
+    connect(panel, &QFileDialog::fileSelected, this,
+            [this](const QString& path) { onceClosed([this, path] { importFile(path); }); });
     panel->open();
 }
 
@@ -68,7 +69,8 @@ void AppDelegate::ExportDialog(QObject* /*sender*/) {
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setAllowedFileTypes({"wav", "WAV", "flac", "FLAC"});
     panel->setLabelText(QFileDialog::Accept, tr("Export"));
-    connect(panel, &QFileDialog::fileSelected, this, &AppDelegate::exportFile);
+    connect(panel, &QFileDialog::fileSelected, this,
+            [this](const QString& path) { onceClosed([this, path] { exportFile(path); }); });
     panel->open();
 }
 
@@ -130,7 +132,7 @@ void AppDelegate::offerRawData(const QString& path) {
     box->setEscapeButton(box->addButton(QMessageBox::Cancel));
     connect(box, &QMessageBox::buttonClicked, this, [this, open, path](QAbstractButton* pressed) {
         if (pressed == open) {
-            openFileNamed(path);
+            onceClosed([this, path] { openFileNamed(path); });
         }
     });
     box->open();

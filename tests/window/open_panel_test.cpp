@@ -52,6 +52,7 @@ private:
         panel->selectFile(QString::fromStdString(path));
         panel->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(path));
         QMetaObject::invokeMethod(panel, "accept");
+        QCoreApplication::processEvents(); // the file is taken in once the panel is through
     }
 
 private slots:
@@ -66,6 +67,22 @@ private slots:
         QCOMPARE(panel->fileMode(), QFileDialog::ExistingFile);
         QCOMPARE(zemo.platform.trace.logged.back(), std::string("Dialog initialized\n"));
         panel->reject();
+    }
+
+    /// Reading lets events go on, and one of them may be the panel's deletion.
+    void nothingIsReadWhileThePanelIsStillAtItsOwnEnd() {
+        WindowUnderTest zemo;
+        const std::string path = put(zemo, "later.raw", {0, 0, 0, 63});
+        zemo.delegate.OpenMenu->trigger();
+        QFileDialog* const panel = openPanel(zemo);
+        panel->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(path));
+        bool readBefore = true;
+        connect(panel, &QDialog::finished, this, [&] { readBefore = fBuffersize.load() > 0; });
+        QMetaObject::invokeMethod(panel, "accept");
+        QVERIFY(!readBefore);
+        QCOMPARE(fBuffersize.load(), 0);
+        QCoreApplication::processEvents();
+        QCOMPARE(fBuffersize.load(), 1);
     }
 
     void cancelStoresTheBoxesAndNothingElse() {

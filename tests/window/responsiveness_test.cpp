@@ -126,7 +126,10 @@ private slots:
         zemo.SaveAsAudioDialog(nullptr);
         auto* const panel = zemo.window->findChild<SavePanel*>();
         panel->selectFile(file("caf"));
-        measure("save", [&] { QMetaObject::invokeMethod(panel, "accept"); });
+        measure("save", [&] {
+            QMetaObject::invokeMethod(panel, "accept");
+            QCoreApplication::processEvents();
+        });
         QVERIFY(QFile::exists(file("caf")));
         measure("open", [&] { zemo.openFileNamed(file("caf")); });
         QCOMPARE(fBuffersize.load(), kHalfAnHour + 2);

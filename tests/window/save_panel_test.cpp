@@ -37,6 +37,7 @@ private:
     static void choose(SavePanel* panel, const QString& path) {
         panel->findChild<QLineEdit*>("fileNameEdit")->setText(path);
         panel->accept();
+        QCoreApplication::processEvents(); // the save begins once the panel is through
     }
 
 private slots:

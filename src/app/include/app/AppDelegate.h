@@ -180,6 +180,7 @@ private:
     void startPlay(TitledButton* sender);
     void askForStop(TitledButton* sender);
     Q_INVOKABLE void attendPlayback();
+    void onceClosed(std::function<void()> action);
     void openChosenFile(const QString& path);
     void openChosenRawFile(const QString& path);
     bool loadSheet(const SheetKind& kind);

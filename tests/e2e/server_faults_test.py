@@ -32,9 +32,9 @@ class FaultCase(case.SoundCase):
         self.window.wait_for_label("noise.caf")
 
     def listen(self):
-        recording = self.server.record()
-        self.addCleanup(recording.close)
-        self.listener = audio.Listener(recording)
+        self.recording = self.server.record()
+        self.addCleanup(self.recording.close)
+        self.listener = audio.Listener(self.recording)
 
     def begin(self):
         self.play()
@@ -53,6 +53,7 @@ class FaultCase(case.SoundCase):
 
     def assert_next_play_is_heard(self):
         """All of the sound, sample for sample, and nothing to say any more."""
+        self.recording.close()
         self.listen()
         self.assert_plays_whole(self.samples)
         self.assertIsNone(self.window.look_for("label", LOST))

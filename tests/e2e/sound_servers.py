@@ -140,8 +140,13 @@ class JackServer:
         self._process.send_signal(signal.SIGCONT)
 
     def close(self):
+        """JACK has room for eight servers on a machine, and one that did not end by itself keeps
+        its place until another of its name ends so."""
         self.thaw()
         end(self._process)
+        if self._process.returncode != 0:
+            self.start()
+            end(self._process)
         name = self.environment["JACK_DEFAULT_SERVER"]
         for left in Path("/dev/shm").glob(f"jack*_{name}_*"):
             left.unlink(missing_ok=True)

@@ -34,6 +34,8 @@ struct Servers {
     std::atomic<int> connected{0};
     std::atomic<int> opened{0};
     std::atomic<int> started{0};
+    std::atomic<int> questions{0};
+    std::atomic<bool> heard{true};
     std::atomic<int> alive{0};
     std::atomic<std::uint32_t> askedRate{0};
     std::atomic<DeviceRun*> run{nullptr}; ///< of the stream that was started last
@@ -63,6 +65,10 @@ public:
         servers_.run = run_.get();
         ++servers_.started;
         return servers_.starts;
+    }
+    bool isHeard() override {
+        ++servers_.questions;
+        return servers_.heard;
     }
     void closeStream() override { hang(servers_.hangsInClose); }
 
@@ -338,6 +344,27 @@ TEST_F(Loss, IsNoticedThreeQuartersOfASecondAfterTheLastRequest) {
     EXPECT_TRUE(unit_->isRunning());
     pass(16ms);
     expectLost();
+}
+
+TEST_F(Loss, IsSaidWhenTheServerPlaysOnIntoNothing) {
+    play();
+    servers_.heard = false;
+    clock_.time += 200ms;
+    EXPECT_TRUE(await([&] { return !unit_->isRunning(); }));
+    EXPECT_EQ(servers_.questions, 1);
+    expectLost();
+}
+
+TEST_F(Loss, IsNotWhatADeviceThatIsHeardCauses) {
+    play();
+    for (int i = 1; i <= 20; ++i) {
+        clock_.time += 200ms;
+        request();
+        EXPECT_TRUE(await([&] { return servers_.questions >= i; }));
+        unit_->attend();
+    }
+    EXPECT_TRUE(unit_->isRunning());
+    EXPECT_FALSE(unit_->takeFailure());
 }
 
 TEST_F(Loss, IsNotWhatARegularDeviceCauses) {

@@ -1,6 +1,7 @@
 #include <cubeb/cubeb.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "platform_linux/Device.h"
 
@@ -11,6 +12,9 @@ namespace {
 constexpr double kLatencySeconds = 0.1;
 constexpr std::uint32_t kLowestRate = 1000;
 constexpr std::uint32_t kHighestRate = 1000000;
+
+/// PulseAudio and PipeWire make this sink, which nobody hears, when the last other one goes.
+constexpr const char* kStandIn = "auto_null";
 
 struct ContextDeleter {
     void operator()(cubeb* context) const noexcept { cubeb_destroy(context); }
@@ -78,12 +82,24 @@ public:
         }
         run_ = std::move(run);
         stream_.reset(stream);
-        return true;
+        return isHeard();
     }
 
     bool startStream() override { return cubeb_stream_start(stream_.get()) == CUBEB_OK; }
 
     void closeStream() override { stream_.reset(); }
+
+    bool isHeard() override {
+        cubeb_device* device = nullptr;
+        if (stream_ == nullptr ||
+            cubeb_stream_get_current_device(stream_.get(), &device) != CUBEB_OK) {
+            return true; // it cannot be known
+        }
+        const bool heard =
+            device->output_name == nullptr || std::strcmp(device->output_name, kStandIn) != 0;
+        cubeb_stream_device_destroy(stream_.get(), device);
+        return heard;
+    }
 
 private:
     // In this order: the stream goes first, and what it calls back into last.

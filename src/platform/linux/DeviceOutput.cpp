@@ -100,7 +100,7 @@ Status DeviceOutput::start() {
     run_->feed.setCallback(callback_, context_);
     run_->feed.setTail(static_cast<std::uint32_t>(kTailSeconds * rate_));
     run_->feed.begin();
-    attendedAt_ = clock_.now();
+    attendedAt_ = askedAt_ = clock_.now();
     answer_ = askForStream();
     if (answer_.wait_for(limits_.grace) == std::future_status::ready && !isReady()) {
         closeRun();
@@ -175,8 +175,22 @@ bool DeviceOutput::attendRun() {
         failed_ = run_->failed.load();
         return !failed_ && !run_->ended.load() && now - *drainedSince_ < limits_.drain;
     }
-    failed_ = run_->failed.load() || isQuiet();
+    failed_ = run_->failed.load() || isQuiet() || isUnheard();
     return !failed_;
+}
+
+/// A device may go and its server have the stream play on into nothing: asked now and then.
+bool DeviceOutput::isUnheard() {
+    if (answer_.valid()) { // to this question, or to the one for the start
+        return answer_.wait_for(0s) == std::future_status::ready && !answer_.get();
+    }
+    const auto now = clock_.now();
+    if (now - askedAt_ >= limits_.question) {
+        askedAt_ = now;
+        answer_ =
+            server_->thread.ask<bool>([device = server_->device] { return (*device)->isHeard(); });
+    }
+    return false;
 }
 
 /// Whether the device has not asked for frames for too long.

@@ -32,6 +32,9 @@ public:
     virtual bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate) = 0;
     virtual bool startStream() = 0;
     virtual void closeStream() = 0;
+
+    /// Whether the stream goes to a device, and not to a server's stand-in for one that is gone.
+    virtual bool isHeard() = 0;
 };
 
 using DeviceFactory = std::function<std::unique_ptr<Device>()>;

@@ -21,6 +21,8 @@ struct DeviceLimits {
     std::chrono::milliseconds call{750};
     /// For the device to say that the last frame was heard.
     std::chrono::milliseconds drain{1000};
+    /// From one question whether the stream goes to a device to the next.
+    std::chrono::milliseconds question{200};
     /// What start() itself waits for a server; most have answered by then.
     std::chrono::milliseconds grace{30};
 };
@@ -72,6 +74,7 @@ private:
     bool attendBeginning();
     bool attendRun();
     bool isQuiet();
+    bool isUnheard();
     void closeRun();
     void leaveServer();
 
@@ -89,6 +92,7 @@ private:
     std::chrono::nanoseconds attendedAt_{0};
     std::chrono::nanoseconds quiet_{0}; ///< attended time without a request
     std::optional<std::chrono::nanoseconds> drainedSince_;
+    std::chrono::nanoseconds askedAt_{0}; ///< whether the stream is heard
     bool failed_ = false;
     bool refused_ = false;
 };

@@ -16,11 +16,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kLastPatience = 300ms;
 
-/// Never destroyed: a thread that was left behind may end after everything else.
-std::atomic<int>& count() noexcept {
-    static auto* const threads = new std::atomic<int>(0);
-    return *threads;
-}
+constinit std::atomic<int> threads{0};
 
 } // namespace
 
@@ -32,15 +28,15 @@ struct CallThread::Queue {
 };
 
 CallThread::CallThread() : queue_(std::make_shared<Queue>()) {
-    count().fetch_add(1);
+    threads.fetch_add(1);
     try {
         std::thread([queue = queue_]() mutable {
             serve(*queue);
             queue.reset();
-            count().fetch_sub(1);
+            threads.fetch_sub(1);
         }).detach();
     } catch (const std::system_error&) { // no more threads: as if every call hung
-        count().fetch_sub(1);
+        threads.fetch_sub(1);
     }
 }
 
@@ -73,7 +69,7 @@ void CallThread::serve(Queue& queue) {
 }
 
 int CallThread::alive() noexcept {
-    return count().load();
+    return threads.load();
 }
 
 bool CallThread::awaitAll(std::chrono::milliseconds patience) {

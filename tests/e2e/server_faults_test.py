@@ -153,7 +153,7 @@ class DeafServers(case.WindowCase):
 
     def assert_launches(self, *sentences):
         samples = audio.noise(24000, seed=3)
-        path = audio.write_raw(self.path("noise.f32"), samples)
+        path = audio.write_caf(self.path("noise.caf"), 48000, samples)
         since = time.monotonic()
         self.program = Program(case.desktop, path, environment=self.environment)
         self.addCleanup(self.program.close)
@@ -161,6 +161,7 @@ class DeafServers(case.WindowCase):
         self.assertLess(time.monotonic() - since, self.LAUNCH_SECONDS)
         self.window = Window(self.program)
         self.window.wait_for_label("\n".join(sentences))
+        self.window.wait_for_label("noise.caf")
 
     def assert_plays_silently(self):
         self.window.button(PLAY).press()

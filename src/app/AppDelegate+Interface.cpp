@@ -92,7 +92,10 @@ void AppDelegate::showRate() {
 }
 
 void AppDelegate::showNotice() {
-    const QString text = QString::fromStdString(bufferPlayer.outputUnit->notice());
+    QStringList notices{QString::fromStdString(bufferPlayer.outputUnit->notice()),
+                        QString::fromStdString(platform::services().midi->notice())};
+    notices.removeAll(QString());
+    const QString text = notices.join("\n");
     if (notice_->text() != text) {
         notice_->setText(text);
     }

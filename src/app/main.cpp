@@ -8,6 +8,7 @@
 #include "app/QtAlert.h"
 #include "meter/GlPreparation.h"
 #include "platform/Services.h"
+#include "platform_linux/CallThread.h"
 #include "platform_linux/LinuxAudioOutput.h"
 #include "platform_linux/LinuxMidi.h"
 #include "platform_linux/LinuxServices.h"
@@ -70,6 +71,7 @@ int runWindow(QApplication& application) {
     }
     // A window that was closed meanwhile would end an event loop that does not run yet.
     const int status = delegate.window->isVisible() ? QApplication::exec() : EXIT_SUCCESS;
+    zemo::platform::services().midi = nullptr;
     midi.reset(); // nothing arrives at a controller that is gone
     return status;
 }
@@ -92,5 +94,5 @@ int main(int argc, char** argv) {
     QApplication::setApplicationVersion(ZEMO_VERSION);
     QApplication::setDesktopFileName("zemo");
     QApplication::setWindowIcon(windowIcon());
-    return runWindow(application);
+    return zemo::platform::leaveHungCallsBehind(runWindow(application));
 }

@@ -231,20 +231,20 @@ class SoundServer:
         self.thaw()
         end(self._process)
 
-    def record(self):
-        return Recording(self._desktop, self)
+    def record(self, sink="out"):
+        return Recording(self._desktop, self, sink)
 
 
 class Recording:
     """All that the sink plays, from the moment this is made."""
 
-    def __init__(self, desktop, server):
+    def __init__(self, desktop, server, sink="out"):
         handle, name = tempfile.mkstemp(suffix=".f32", dir=desktop.directory)
         self._path = Path(name)
         self.rate = server.rate
         with os.fdopen(handle, "wb") as file:
             self._process = desktop.start(
-                ["parec", "--device=out.monitor", "--format=float32le", f"--rate={server.rate}",
+                ["parec", f"--device={sink}.monitor", "--format=float32le", f"--rate={server.rate}",
                  "--channels=2", "--latency-msec=5"],
                 env=os.environ | server.environment, stdout=file, stderr=subprocess.DEVNULL)
         wait_for(lambda: self._path.stat().st_size > 0, "the recorder runs")

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <functional>
+#include <thread>
 #include <vector>
 
 namespace zemo::platform {
@@ -228,6 +231,44 @@ TEST_F(Feed, ARequestForNoFramesEndsNothing) {
     feed_.askStop();
     fill(0);
     EXPECT_EQ(feed_.phase(), Phase::Tail);
+}
+
+TEST_F(Feed, HaltedItMakesNoCallWhateverTheDeviceAsksFor) {
+    renderOnes();
+    feed_.setTail(100);
+    feed_.begin();
+    fill(8);
+    feed_.halt();
+    EXPECT_EQ(feed_.phase(), Phase::Idle);
+    EXPECT_EQ(fill(8), std::vector<float>(8, 0.0F));
+    EXPECT_EQ(calls_.frames.size(), 1U);
+}
+
+TEST_F(Feed, AHaltWaitsForTheCallThatIsRunning) {
+    std::atomic<bool> entered{false};
+    std::atomic<bool> left{false};
+    calls_.render = [&](float*, std::uint32_t) {
+        entered = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        left = true;
+    };
+    feed_.begin();
+    std::thread device([&] { fill(8); });
+    while (!entered) {
+        std::this_thread::yield();
+    }
+    feed_.halt();
+    EXPECT_TRUE(left);
+    device.join();
+}
+
+TEST_F(Feed, CountsTheRequestsOfTheDevice) {
+    EXPECT_EQ(feed_.requests(), 0U);
+    feed_.begin();
+    fill(8);
+    feed_.askStop();
+    fill(8);
+    EXPECT_EQ(feed_.requests(), 2U);
 }
 
 } // namespace

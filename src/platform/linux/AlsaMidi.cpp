@@ -17,7 +17,9 @@ namespace {
 
 constexpr std::size_t kLongestMessage = 4096; ///< bytes; longer ones come in parts
 
-/// The library would write a line on standard error for a computer without a sequencer.
+/// The library would write a line on standard error for a computer without a sequencer. This stays:
+/// another thread may be asking the same library for sound, and setting it back would let that
+/// speak.
 void saySilently(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
                  const char* /*text*/, ...) {}
 
@@ -46,10 +48,7 @@ public:
 
     bool open() {
         snd_lib_error_set_handler(saySilently);
-        const int result =
-            snd_seq_open(&sequencer_, "default", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK);
-        snd_lib_error_set_handler(nullptr);
-        return result == 0;
+        return snd_seq_open(&sequencer_, "default", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK) == 0;
     }
 
     Status createClient(const char* name, MidiObject& client) override {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/RealTime.h"
+#include "platform_linux/JackServer.h"
 #include "platform_linux/LinuxMidi.h"
 #include "platform_linux/MidiPackets.h"
 
@@ -151,6 +152,9 @@ private:
 } // namespace
 
 std::unique_ptr<MidiService> makeJackMidi() {
+    if (!mayHaveJackServer(JackPlaces::ofThisProcess(), jack_get_version_string())) {
+        return nullptr;
+    }
     auto midi = std::make_unique<JackMidi>();
     return midi->open() ? std::move(midi) : nullptr;
 }

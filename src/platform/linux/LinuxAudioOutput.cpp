@@ -1,13 +1,32 @@
 #include "platform_linux/LinuxAudioOutput.h"
 
+#include "platform_linux/LinuxServices.h"
+
 namespace zemo::platform {
 
-LinuxOutputUnit::LinuxOutputUnit(double wantedRate) : hasDevice_(device_.open(wantedRate)) {
+namespace {
+
+constexpr const char* kLost = "The audio device went away: the play was ended";
+
+Clock& steadyClock() {
+    static SteadyClock clock;
+    return clock;
+}
+
+} // namespace
+
+LinuxOutputUnit::LinuxOutputUnit(double wantedRate)
+    : LinuxOutputUnit(wantedRate, makeCubebDevice, steadyClock(), {}) {}
+
+LinuxOutputUnit::LinuxOutputUnit(double wantedRate, DeviceFactory factory, Clock& clock,
+                                 DeviceLimits limits)
+    : device_(std::move(factory), clock, limits) {
     if (wantedRate > 0.0) {
         silence_.setRate(wantedRate);
     }
-    if (hasDevice_) {
-        current_ = &device_;
+    if (!device_.open(wantedRate)) {
+        current_ = &silence_;
+        notice_ = silence_.notice();
     }
 }
 
@@ -19,6 +38,7 @@ Status LinuxOutputUnit::setRenderCallback(RenderCallback callback, void* context
 Status LinuxOutputUnit::sampleRate(double& hertz) {
     const Status status = current_->sampleRate(hertz);
     silence_.setRate(hertz);
+    device_.setRate(hertz);
     return status;
 }
 
@@ -27,19 +47,40 @@ Status LinuxOutputUnit::setStreamFormat(const AudioStreamBasicDescription& forma
 }
 
 Status LinuxOutputUnit::start() {
-    if (current_->isRunning() || !hasDevice_) {
+    if (current_->isRunning()) {
         return current_->start();
     }
     silence_.stop();
     if (current_ != &device_) { // the device's own thread may be reading it
         current_ = &device_;
     }
-    if (device_.start() == kNoError || (device_.reopen() && device_.start() == kNoError)) {
-        return kNoError;
-    }
-    // The device went away after launch: keep time without it rather than end the program.
+    lost_ = false;
+    return device_.start() == kNoError ? kNoError : beginSilence();
+}
+
+/// Without a device the program keeps time rather than end.
+Status LinuxOutputUnit::beginSilence() {
     current_ = &silence_;
+    notice_ = silence_.notice();
     return silence_.start();
+}
+
+bool LinuxOutputUnit::attend() {
+    const bool more = current_->attend();
+    if (current_ != &device_) {
+        return more;
+    }
+    if (device_.takeRefusal()) {
+        beginSilence();
+        return silence_.attend();
+    }
+    if (device_.takeFailure()) {
+        lost_ = true;
+        notice_ = kLost;
+    } else if (device_.hasBegun()) {
+        notice_.clear();
+    }
+    return more;
 }
 
 AudioOutputComponent* LinuxAudioOutput::findNext(const AudioComponentDescription& wanted) {

@@ -1,5 +1,7 @@
 #include "platform_linux/LinuxMidi.h"
 
+#include "platform_linux/GuardedMidi.h"
+
 namespace zemo::platform {
 
 Status EmptyMidi::createClient(const char* /*name*/, MidiObject& client) {
@@ -13,7 +15,7 @@ Status EmptyMidi::createInputPort(MidiObject /*client*/, const char* /*name*/,
     return kNoError;
 }
 
-std::unique_ptr<MidiService> makeLinuxMidi() {
+std::unique_ptr<MidiService> findLinuxMidi() {
     if (auto alsa = makeAlsaMidi()) {
         return alsa;
     }
@@ -21,6 +23,10 @@ std::unique_ptr<MidiService> makeLinuxMidi() {
         return jack;
     }
     return std::make_unique<EmptyMidi>();
+}
+
+std::unique_ptr<MidiService> makeLinuxMidi() {
+    return std::make_unique<GuardedMidi>(findLinuxMidi);
 }
 
 } // namespace zemo::platform

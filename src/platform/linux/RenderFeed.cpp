@@ -1,6 +1,8 @@
 #include "platform_linux/RenderFeed.h"
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 namespace zemo::platform {
 
@@ -11,6 +13,13 @@ void RenderFeed::setCallback(RenderCallback callback, void* context) noexcept {
 
 std::uint32_t RenderFeed::fill(float* output, std::uint32_t frames) noexcept {
     std::fill_n(output, frames, 0.0F);
+    entered_.fetch_add(1);
+    const std::uint32_t delivered = answer(output, frames);
+    left_.fetch_add(1);
+    return delivered;
+}
+
+std::uint32_t RenderFeed::answer(float* output, std::uint32_t frames) noexcept {
     if (phase_.load() != Phase::Rendering) {
         return fillTail(frames);
     }
@@ -52,6 +61,14 @@ bool RenderFeed::resume() noexcept {
 void RenderFeed::askStop() noexcept {
     Phase expected = Phase::Rendering;
     phase_.compare_exchange_strong(expected, Phase::Tail);
+}
+
+void RenderFeed::halt() noexcept {
+    phase_.store(Phase::Idle);
+    const std::uint64_t entered = entered_.load();
+    while (left_.load() < entered) { // the callback never waits, so this is short
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
+    }
 }
 
 } // namespace zemo::platform

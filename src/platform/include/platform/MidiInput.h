@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "platform/AudioOutput.h"
 
@@ -37,6 +38,8 @@ public:
     virtual MidiObject source(long index) = 0; ///< [main] 0 up to numberOfSources()
     virtual Status connectSource(MidiObject port, MidiObject source,
                                  void* sourceContext) = 0; ///< [main]
+    /// [main] What the user should know about it, empty when all is well.
+    virtual std::string notice() const { return {}; }
 };
 
 } // namespace zemo::platform

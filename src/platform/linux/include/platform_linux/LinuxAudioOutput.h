@@ -1,19 +1,22 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "platform/AudioOutput.h"
-#include "platform_linux/CubebOutput.h"
+#include "platform_linux/DeviceOutput.h"
 #include "platform_linux/SilentOutput.h"
 
 namespace zemo::platform {
 
 /// The output as the program has it: the computer's default device, or silence that keeps time
-/// where there is none, at launch or later.
+/// while there is none. Every start() tries the device again.
 class LinuxOutputUnit final : public AudioOutputUnit {
 public:
     /// The device is asked to play at `wantedRate` hertz; 0: at its own rate.
     explicit LinuxOutputUnit(double wantedRate = 0.0);
+    LinuxOutputUnit(double wantedRate, DeviceFactory factory, Clock& clock, DeviceLimits limits);
 
     Status setRenderCallback(RenderCallback callback, void* context) override;
     Status sampleRate(double& hertz) override;
@@ -22,15 +25,18 @@ public:
     Status start() override;
     Status stop() override { return current_->stop(); }
     bool isRunning() const noexcept override { return current_->isRunning(); }
-    bool attend() override { return current_->attend(); }
-    bool takeFailure() override { return current_->takeFailure(); }
-    std::string notice() const override { return current_->notice(); }
+    bool attend() override;
+    bool takeFailure() override { return std::exchange(lost_, false); }
+    std::string notice() const override { return notice_; }
 
 private:
-    CubebOutput device_;
+    Status beginSilence();
+
+    DeviceOutput device_;
     SilentOutput silence_;
-    bool hasDevice_ = false; ///< at launch
-    AudioOutputUnit* current_ = &silence_;
+    AudioOutputUnit* current_ = &device_;
+    bool lost_ = false;
+    std::string notice_; ///< what the last play, or the launch, found out
 };
 
 class LinuxAudioOutput final : public AudioOutputService, private AudioOutputComponent {

@@ -19,10 +19,13 @@ public:
     }
 };
 
-/// [main] The computer's MIDI: the ALSA sequencer; where there is none, JACK; else EmptyMidi.
+/// [main] The computer's MIDI, sought and called on a thread of its own: no call hangs.
 std::unique_ptr<MidiService> makeLinuxMidi();
 
-/// [main] One of them; null where it is not there.
+/// [any] The ALSA sequencer; where there is none, JACK; else EmptyMidi.
+std::unique_ptr<MidiService> findLinuxMidi();
+
+/// [any] One of them; null where it is not there.
 std::unique_ptr<MidiService> makeAlsaMidi();
 std::unique_ptr<MidiService> makeJackMidi();
 

@@ -30,15 +30,27 @@ public:
     void drained() noexcept { phase_.store(Phase::Drained); } ///< [any] the device has ended
     void end() noexcept { phase_.store(Phase::Idle); }        ///< [main] the device run is over
 
+    /// [main] Returns when no call of the callback is running; none follows, whatever the device
+    /// still asks for.
+    void halt() noexcept;
+
+    /// [any] Requests of the device so far, in all runs.
+    std::uint64_t requests() const noexcept { return entered_.load(); }
+
     Phase phase() const noexcept { return phase_.load(); } ///< [any][rt]
 
 private:
+    std::uint32_t answer(float* output, std::uint32_t frames) noexcept;
     std::uint32_t fillTail(std::uint32_t frames) noexcept;
 
     RenderCallback callback_ = nullptr;
     void* context_ = nullptr;
     std::uint32_t tailFrames_ = 0;
     std::atomic<Phase> phase_{Phase::Idle};
+    /// Sequentially consistent, as is the phase: either a request sees that the run was halted, or
+    /// the halt sees the request and waits for it.
+    std::atomic<std::uint64_t> entered_{0};
+    std::atomic<std::uint64_t> left_{0};
     std::uint32_t tailDone_ = 0; ///< audio thread only
     double sampleTime_ = 0.0;    ///< audio thread only
 };

@@ -1,0 +1,44 @@
+#include "platform_linux/JackServer.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace zemo::platform {
+namespace {
+
+/// Nobody changes the environment of this program.
+std::string environment(const char* name) {
+    const char* const text = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
+    return text != nullptr ? text : "";
+}
+
+bool isThere(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::exists(path, error);
+}
+
+} // namespace
+
+JackPlaces JackPlaces::ofThisProcess() {
+    JackPlaces places;
+    places.user = std::to_string(::getuid());
+    if (const std::string name = environment("JACK_DEFAULT_SERVER"); !name.empty()) {
+        places.server = name;
+    }
+    return places;
+}
+
+bool mayHaveJackServer(const JackPlaces& places, const std::string& libraryVersion) {
+    if (!libraryVersion.starts_with("0.") && !libraryVersion.starts_with("1.")) {
+        return true; // not JACK's own library
+    }
+    const std::string prefix = places.memory + "/jack_" + places.server + "_";
+    // A server for one user, one for all users, and one of the first version of JACK.
+    return isThere(prefix + places.user + "_0") || isThere(prefix + "0") ||
+           isThere(places.memory + "/jack-" + places.user + "/" + places.server);
+}
+
+} // namespace zemo::platform

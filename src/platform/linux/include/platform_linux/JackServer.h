@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+namespace zemo::platform {
+
+/// Where a JACK server leaves its socket.
+struct JackPlaces {
+    std::string memory = "/dev/shm";
+    std::string server = "default"; ///< the server's name
+    std::string user;               ///< the user's number
+
+    static JackPlaces ofThisProcess(); ///< [any]
+};
+
+/// [any] Whether a server may be there for the JACK library of this version; the socket of one that
+/// was killed counts as well. Where there is none the library had better not be asked: it locks a
+/// data base that all its clients share, and a program that is killed meanwhile leaves it locked
+/// for good. PipeWire's library has neither that data base nor that socket.
+bool mayHaveJackServer(const JackPlaces& places, const std::string& libraryVersion);
+
+} // namespace zemo::platform

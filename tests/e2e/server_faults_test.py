@@ -1,0 +1,198 @@
+"""Servers of sound and MIDI that die, go deaf, or lose and change their device."""
+
+import os
+import time
+
+import numpy
+
+import audio
+import case
+from faults import LOST, NO_MIDI, SILENT, TRUTH_SECONDS, Fault
+from servers import wait_for
+from sound_servers import DeafSocket, JackServer, PipeWireServer, PulseServer, deaf_jack
+from window import PLAY, STOP, Program, Window, press_keys
+
+setUpModule = case.start_desktop
+
+SECONDS = 3
+
+
+class FaultCase(case.SoundCase):
+    """A play under way."""
+
+    make_server = None
+
+    def setUp(self):
+        case.WindowCase.setUp(self)
+        self.server = self.make_server(case.desktop, self.rate)
+        self.addCleanup(self.server.close)
+        self.listen()
+        self.samples = self.noise(SECONDS)
+        self.launch(audio.write_caf(self.path("noise.caf"), self.rate, self.samples))
+        self.window.wait_for_label("noise.caf")
+
+    def listen(self):
+        self.recording = self.server.record()
+        self.addCleanup(self.recording.close)
+        self.listener = audio.Listener(self.recording)
+
+    def begin(self):
+        self.play()
+        self.listener.wait_for_sound(0.1)
+
+    def assert_truth_after(self, fault):
+        self.begin()
+        with Fault(self.window) as watched:
+            fault()
+        self.assertLess(watched.wait_for_truth(), TRUTH_SECONDS)
+
+    def assert_next_play_is_silent(self):
+        self.play()
+        self.window.wait_for_label(SILENT)
+        self.window.wait_for_title(PLAY)  # it keeps time, so it comes to its end
+
+    def assert_next_play_is_heard(self):
+        """All of the sound, sample for sample, and nothing to say any more."""
+        self.recording.close()
+        self.listen()
+        self.assert_plays_whole(self.samples)
+        self.assertIsNone(self.window.look_for("label", LOST))
+        self.assertIsNone(self.window.look_for("label", SILENT))
+
+
+class KillLaws:
+
+    def test_a_killed_server_is_said_and_the_next_plays_work(self):
+        self.assert_truth_after(self.server.kill)
+        self.assert_next_play_is_silent()
+        self.server.start()
+        self.assert_next_play_is_heard()
+
+
+class FreezeLaws:
+
+    def test_a_server_that_stands_still_is_said_and_the_window_goes_on(self):
+        self.assert_truth_after(self.server.freeze)
+        self.play()
+        self.window.button("Peak").press()
+        self.window.button("RMS")
+        self.window.wait_for_label(SILENT)
+        self.window.wait_for_title(PLAY)
+        self.server.thaw()
+        self.assert_next_play_is_heard()
+
+
+class SinkLaws:
+
+    def test_an_unplugged_device_is_said_and_the_next_plays_work(self):
+        self.assert_truth_after(self.server.remove_sink)
+        self.assert_next_play_is_silent()
+        self.server.add_sink("out", self.rate)
+        self.assert_next_play_is_heard()
+
+    def test_another_device_at_another_rate_takes_over_in_mid_play(self):
+        self.begin()
+        self.server.add_sink("other", 44100)
+        recording = self.server.record("other")
+        self.addCleanup(recording.close)
+        self.assert_same_loudness(recording)
+        self.stop()
+        self.assertIsNone(self.window.look_for("label", LOST))
+        self.window.wait_for_label("48,000 Hz")
+        audio.Listener(recording).wait_for_more(0.5)  # what the server still holds
+        self.server.make_default("out")
+        self.assert_next_play_is_heard()
+
+    def assert_same_loudness(self, recording):
+        """The other device gets another rate, so not the same samples. Of white noise it loses
+        what is above its band, which is a twelfth of the power."""
+        listener = audio.Listener(recording)
+        listener.wait_for_sound(0.3)
+        heard = recording.frames()[:, 0]
+        heard = heard[heard.nonzero()[0][0]:][:int(0.25 * self.rate)]
+        power = numpy.mean(numpy.square(heard)) / numpy.mean(numpy.square(self.samples))
+        self.assertGreater(power, 0.8)
+        self.assertLess(power, 1.1)
+
+
+class PulseAudio(KillLaws, FreezeLaws, SinkLaws, FaultCase):
+    make_server = PulseServer
+
+
+class PipeWire(KillLaws, FreezeLaws, SinkLaws, FaultCase):
+    make_server = PipeWireServer
+
+
+class Jack(KillLaws, FreezeLaws, FaultCase):
+    make_server = JackServer
+
+    def test_calls_of_another_length_from_the_middle_on_are_heard_exactly(self):
+        self.begin()
+        self.server.set_buffer(512)
+        [heard] = self.listener.wait_for_plays(1)
+        self.assert_exact(heard, self.samples)
+
+
+class DeafServers(case.WindowCase):
+    """Sockets that take a connection and never answer."""
+
+    LAUNCH_SECONDS = 3.0  # two for the servers, the rest for the program itself
+
+    def setUp(self):
+        super().setUp()
+        self.name = f"deaf{os.getpid()}"
+        self.environment = {"JACK_DEFAULT_SERVER": self.name, "PULSE_SERVER": "unix:/nonexistent"}
+
+    def make_pulse_deaf(self):
+        path = self.path("pulse")
+        self.addCleanup(DeafSocket(path).close)
+        self.environment["PULSE_SERVER"] = f"unix:{path}"
+
+    def make_jack_deaf(self):
+        self.addCleanup(deaf_jack(self.name).close)
+
+    def assert_launches(self, *sentences):
+        samples = audio.noise(24000, seed=3)
+        path = audio.write_caf(self.path("noise.caf"), 48000, samples)
+        since = time.monotonic()
+        self.program = Program(case.desktop, path, environment=self.environment)
+        self.addCleanup(self.program.close)
+        self.wait_for_log("Version Minor")
+        self.assertLess(time.monotonic() - since, self.LAUNCH_SECONDS)
+        self.window = Window(self.program)
+        self.window.wait_for_label("\n".join(sentences))
+        self.window.wait_for_label("noise.caf")
+
+    def assert_plays_silently(self):
+        self.window.button(PLAY).press()
+        self.window.wait_for_title(STOP)
+        wait_for(lambda: "IdleCycle" in self.program.output(), "the sound's end is reached")
+        self.window.wait_for_title(PLAY)
+
+    def assert_quits_at_once(self):
+        since = time.monotonic()
+        press_keys("ctrl+q")
+        self.assertEqual(self.program.status(), 0)
+        self.assertLess(time.monotonic() - since, 1)
+
+    def test_a_deaf_sound_server_leaves_silence(self):
+        self.make_pulse_deaf()
+        self.assert_launches(SILENT)
+        self.assert_plays_silently()
+        self.assert_quits_at_once()
+
+    def test_a_deaf_jack_leaves_silence_and_no_midi(self):
+        self.make_jack_deaf()
+        self.assert_launches(SILENT, NO_MIDI)
+        self.assert_plays_silently()
+        self.assert_quits_at_once()
+
+    def test_both_deaf_take_no_longer(self):
+        self.make_pulse_deaf()
+        self.make_jack_deaf()
+        self.assert_launches(SILENT, NO_MIDI)
+        self.assert_quits_at_once()
+
+
+if __name__ == "__main__":
+    case.main()

@@ -820,13 +820,6 @@ Das Programm wird beendet</translation>
         <source>Importing %1…</source>
         <translation>%1 wird importiert&#xa0;…</translation>
     </message>
-    <message numerus="yes">
-        <source>Imported: %1, %n channel(s), %2 Hz</source>
-        <translation>
-            <numerusform>Importiert: %1, %n Kanal, %2&#xa0;Hz</numerusform>
-            <numerusform>Importiert: %1, %n Kanäle, %2&#xa0;Hz</numerusform>
-        </translation>
-    </message>
     <message>
         <source>%1. The file is cut off.</source>
         <translation>%1. Die Datei ist abgeschnitten.</translation>
@@ -889,13 +882,6 @@ Hält einen Klang, spielt ihn ab und formt ihn um.</translation>
         <source>%1 is at %2 Hz, the output at %3 Hz. Import Audio… converts it.</source>
         <translation>%1 hat %2&#xa0;Hz, die Ausgabe %3&#xa0;Hz. „Audio importieren&#xa0;…“ wandelt die Datei um.</translation>
     </message>
-    <message numerus="yes">
-        <source>%1 has %n channels, not one. Import Audio… converts it.</source>
-        <translation>
-            <numerusform>%1 hat %n Kanal. „Audio importieren&#xa0;…“ wandelt die Datei um.</numerusform>
-            <numerusform>%1 hat %n Kanäle, nicht einen. „Audio importieren&#xa0;…“ wandelt die Datei um.</numerusform>
-        </translation>
-    </message>
     <message>
         <source>The samples of %1 are not 32-bit floats. Import Audio… converts them.</source>
         <translation>Die Samples von %1 sind keine 32-Bit-Gleitkommazahlen. „Audio importieren&#xa0;…“ wandelt sie um.</translation>
@@ -915,6 +901,22 @@ Hält einen Klang, spielt ihn ab und formt ihn um.</translation>
     <message>
         <source>Peak</source>
         <translation>Spitze</translation>
+    </message>
+    <message>
+        <source>mono</source>
+        <translation>mono</translation>
+    </message>
+    <message>
+        <source>%1 channels</source>
+        <translation>%1 Kanäle</translation>
+    </message>
+    <message>
+        <source>Imported: %1, %2, %3 Hz</source>
+        <translation>Importiert: %1, %2, %3&#xa0;Hz</translation>
+    </message>
+    <message>
+        <source>%1 has %2 channels, not one. Import Audio… converts it.</source>
+        <translation>%1 hat %2 Kanäle, nicht einen. „Audio importieren&#xa0;…“ wandelt die Datei um.</translation>
     </message>
 </context>
 <context>

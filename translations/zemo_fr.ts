@@ -820,13 +820,6 @@ L’application va quitter</translation>
         <source>Importing %1…</source>
         <translation>Importation de %1…</translation>
     </message>
-    <message numerus="yes">
-        <source>Imported: %1, %n channel(s), %2 Hz</source>
-        <translation>
-            <numerusform>Importé&#xa0;: %1, %n canal, %2&#xa0;Hz</numerusform>
-            <numerusform>Importé&#xa0;: %1, %n canaux, %2&#xa0;Hz</numerusform>
-        </translation>
-    </message>
     <message>
         <source>%1. The file is cut off.</source>
         <translation>%1. Le fichier est tronqué.</translation>
@@ -889,13 +882,6 @@ Contient un son, le joue et le transforme.</translation>
         <source>%1 is at %2 Hz, the output at %3 Hz. Import Audio… converts it.</source>
         <translation>%1 est à %2&#xa0;Hz, la sortie à %3&#xa0;Hz. «&#xa0;Importer de l’audio…&#xa0;» le convertit.</translation>
     </message>
-    <message numerus="yes">
-        <source>%1 has %n channels, not one. Import Audio… converts it.</source>
-        <translation>
-            <numerusform>%1 a %n canal. «&#xa0;Importer de l’audio…&#xa0;» le convertit.</numerusform>
-            <numerusform>%1 a %n canaux, et non un seul. «&#xa0;Importer de l’audio…&#xa0;» le convertit.</numerusform>
-        </translation>
-    </message>
     <message>
         <source>The samples of %1 are not 32-bit floats. Import Audio… converts them.</source>
         <translation>Les échantillons de %1 ne sont pas des flottants 32 bits. «&#xa0;Importer de l’audio…&#xa0;» les convertit.</translation>
@@ -915,6 +901,22 @@ Contient un son, le joue et le transforme.</translation>
     <message>
         <source>Peak</source>
         <translation>Crête</translation>
+    </message>
+    <message>
+        <source>mono</source>
+        <translation>mono</translation>
+    </message>
+    <message>
+        <source>%1 channels</source>
+        <translation>%1 canaux</translation>
+    </message>
+    <message>
+        <source>Imported: %1, %2, %3 Hz</source>
+        <translation>Importé&#xa0;: %1, %2, %3&#xa0;Hz</translation>
+    </message>
+    <message>
+        <source>%1 has %2 channels, not one. Import Audio… converts it.</source>
+        <translation>%1 a %2 canaux, et non un seul. «&#xa0;Importer de l’audio…&#xa0;» le convertit.</translation>
     </message>
 </context>
 <context>

@@ -820,12 +820,6 @@ Application will quit</source>
         <source>Importing %1…</source>
         <translation>%1 を読み込んでいます…</translation>
     </message>
-    <message numerus="yes">
-        <source>Imported: %1, %n channel(s), %2 Hz</source>
-        <translation>
-            <numerusform>読み込みました：%1、%n チャンネル、%2 Hz</numerusform>
-        </translation>
-    </message>
     <message>
         <source>%1. The file is cut off.</source>
         <translation>%1。ファイルは途中で切れています。</translation>
@@ -888,12 +882,6 @@ Holds one sound, plays it and rewrites it.</source>
         <source>%1 is at %2 Hz, the output at %3 Hz. Import Audio… converts it.</source>
         <translation>%1 は %2 Hz、出力は %3 Hz です。「オーディオを読み込む…」で変換できます。</translation>
     </message>
-    <message numerus="yes">
-        <source>%1 has %n channels, not one. Import Audio… converts it.</source>
-        <translation>
-            <numerusform>%1 はモノラルではなく %n チャンネルです。「オーディオを読み込む…」で変換できます。</numerusform>
-        </translation>
-    </message>
     <message>
         <source>The samples of %1 are not 32-bit floats. Import Audio… converts them.</source>
         <translation>%1 のサンプルは 32 ビット浮動小数点数ではありません。「オーディオを読み込む…」で変換できます。</translation>
@@ -913,6 +901,22 @@ Holds one sound, plays it and rewrites it.</source>
     <message>
         <source>Peak</source>
         <translation>ピーク</translation>
+    </message>
+    <message>
+        <source>mono</source>
+        <translation>モノラル</translation>
+    </message>
+    <message>
+        <source>%1 channels</source>
+        <translation>%1 チャンネル</translation>
+    </message>
+    <message>
+        <source>Imported: %1, %2, %3 Hz</source>
+        <translation>読み込みました：%1、%2、%3 Hz</translation>
+    </message>
+    <message>
+        <source>%1 has %2 channels, not one. Import Audio… converts it.</source>
+        <translation>%1 はモノラルではなく %2 チャンネルです。「オーディオを読み込む…」で変換できます。</translation>
     </message>
 </context>
 <context>

@@ -88,7 +88,6 @@ struct Pattern {
 
 QRegularExpression expressionFor(const QString& pattern) {
     QString expression = QRegularExpression::escape(pattern);
-    expression.replace("%1", "(.*)").replace("%2", "(.*)");
     expression.replace("\\%1", "(.*)").replace("\\%2", "(.*)");
     return QRegularExpression(QRegularExpression::anchoredPattern(expression),
                               QRegularExpression::DotMatchesEverythingOption);

@@ -341,6 +341,14 @@ Application will quit</source>
         <translation>Die Ausgabe ließ sich nicht initialisieren (%1)
 Das Programm wird beendet</translation>
     </message>
+    <message>
+        <source>The audio device went away: the play was ended</source>
+        <translation>Das Audiogerät ist verschwunden: Die Wiedergabe wurde beendet</translation>
+    </message>
+    <message>
+        <source>MIDI does not answer: no notes are read</source>
+        <translation>MIDI antwortet nicht: Es werden keine Noten gelesen</translation>
+    </message>
 </context>
 <context>
     <name>fmPanel</name>

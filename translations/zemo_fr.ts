@@ -341,6 +341,14 @@ Application will quit</source>
         <translation>Impossible d’initialiser la sortie (%1)
 L’application va quitter</translation>
     </message>
+    <message>
+        <source>The audio device went away: the play was ended</source>
+        <translation>Le périphérique audio a disparu&#xa0;: la lecture a été arrêtée</translation>
+    </message>
+    <message>
+        <source>MIDI does not answer: no notes are read</source>
+        <translation>MIDI ne répond pas&#xa0;: aucune note n’est lue</translation>
+    </message>
 </context>
 <context>
     <name>fmPanel</name>

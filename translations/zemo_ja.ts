@@ -341,6 +341,14 @@ Application will quit</source>
         <translation>出力を初期化できませんでした（%1）
 アプリケーションを終了します</translation>
     </message>
+    <message>
+        <source>The audio device went away: the play was ended</source>
+        <translation>オーディオ機器が失われました：再生を終了しました</translation>
+    </message>
+    <message>
+        <source>MIDI does not answer: no notes are read</source>
+        <translation>MIDI が応答しません：ノートを読み取れません</translation>
+    </message>
 </context>
 <context>
     <name>fmPanel</name>

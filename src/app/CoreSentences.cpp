@@ -13,6 +13,8 @@ constexpr const char* kContext = "core";
 constexpr const char* kPatterns[] = {
     // playback, platform/linux
     QT_TRANSLATE_NOOP("core", "No audio device: playing silently"),
+    QT_TRANSLATE_NOOP("core", "The audio device went away: the play was ended"),
+    QT_TRANSLATE_NOOP("core", "MIDI does not answer: no notes are read"),
     QT_TRANSLATE_NOOP("core", "ZEMO: Error:"),
     QT_TRANSLATE_NOOP("core", "OK"),
     // files
@@ -31,8 +33,7 @@ constexpr const char* kPatterns[] = {
     QT_TRANSLATE_NOOP("core", "Raw data file: No text"),
     // interchange
     QT_TRANSLATE_NOOP("core", "The export was cancelled."),
-    QT_TRANSLATE_NOOP("core",
-                      "ZEMO exports .wav and .flac files: choose one of these extensions."),
+    QT_TRANSLATE_NOOP("core", "ZEMO exports .wav and .flac files: choose one of these extensions."),
     QT_TRANSLATE_NOOP("core", "There is no sound to export."),
     QT_TRANSLATE_NOOP("core", "The sound is too long for FLAC: export it as .wav instead."),
     QT_TRANSLATE_NOOP("core", "FLAC, 24-bit"),
@@ -72,8 +73,7 @@ constexpr const char* kPatterns[] = {
                               "Application will quit"),
     QT_TRANSLATE_NOOP("core", "Couldn't start output unit (%1)\nApplication will quit"),
     QT_TRANSLATE_NOOP("core", "Couldn't stop output unit (%1)\nApplication will quit"),
-    QT_TRANSLATE_NOOP("core",
-                      "Couldn't open component for outputUnit (%1)\nApplication will quit"),
+    QT_TRANSLATE_NOOP("core", "Couldn't open component for outputUnit (%1)\nApplication will quit"),
     QT_TRANSLATE_NOOP("core", "AudioUnitSetProperty failed (%1)\nApplication will quit"),
     QT_TRANSLATE_NOOP("core", "AudioUnitGetProperty failed (%1)\nApplication will quit"),
     QT_TRANSLATE_NOOP("core", "Couldn't set StreamFormat on input scope / bus 0 (%1)\n"

@@ -58,9 +58,10 @@ QVector<Tick> frequencyTicks(double lowest, double highest) {
                 continue;
             }
             const QLocale locale;
-            ticks.push_back({hertz, hertz < 1000.0 ? Ruler::tr("%1 Hz").arg(locale.toString(hertz, 'g', 3))
-                                                   : Ruler::tr("%1 kHz").arg(
-                                                         locale.toString(hertz / 1000.0, 'g', 4))});
+            ticks.push_back(
+                {hertz, hertz < 1000.0
+                            ? Ruler::tr("%1 Hz").arg(locale.toString(hertz, 'g', 3))
+                            : Ruler::tr("%1 kHz").arg(locale.toString(hertz / 1000.0, 'g', 4))});
         }
     }
     return ticks;

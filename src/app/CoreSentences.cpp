@@ -10,6 +10,7 @@ constexpr const char* kContext = "core";
 
 // Every sentence that the rooms without Qt may give the user. The test `core_sentences` seeks them
 // in their sources. Plain ones come first: a pattern would take them as well.
+// NOLINTBEGIN(bugprone-suspicious-missing-comma): long sentences go on in the next line
 constexpr const char* kPatterns[] = {
     // playback, platform/linux
     QT_TRANSLATE_NOOP("core", "No audio device: playing silently"),
@@ -80,6 +81,7 @@ constexpr const char* kPatterns[] = {
                               "Application will quit"),
     QT_TRANSLATE_NOOP("core", "Couldn't initialize output unit (%1)\nApplication will quit"),
 };
+// NOLINTEND(bugprone-suspicious-missing-comma)
 
 struct Pattern {
     const char* source;

@@ -23,7 +23,7 @@ QStringList Languages::spoken() {
 QString Languages::choose(const QStringList& wanted) {
     const QStringList known = spoken();
     for (const QString& name : wanted) {
-        const QString language = QString(name).replace('-', '_').section('_', 0, 0);
+        QString language = QString(name).replace('-', '_').section('_', 0, 0);
         if (language == "en" || language == "C") {
             return {};
         }

@@ -25,7 +25,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # What the programs are linked with, found in them. What Qt and cubeb load while they run, those
 # packages depend on themselves: the X11 platform, a font, OpenGL, the clients of the sound servers.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qt6-wayland)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-translations-l10n, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "pipewire-pulse | pulseaudio | jackd")
 
 include(CPack)

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "app/AppDelegate.h"
+#include "app/Languages.h"
 #include "files/PostError.h"
 #include "files/RawFileReader.h"
 #include "files/SoundLoader.h"
@@ -176,7 +177,7 @@ void AppDelegate::describeSound(const QString& path, const std::string& status) 
     }
     soundName_->setText(fBuffersize.load() > 0 ? name : tr("No sound"));
     describeLength();
-    showResult(printable(status));
+    showResult(translated(printable(status)));
 }
 
 void AppDelegate::describeLength() {

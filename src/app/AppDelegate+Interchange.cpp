@@ -6,6 +6,7 @@
 #include <QPushButton>
 
 #include "app/AppDelegate.h"
+#include "app/Languages.h"
 #include "files/SoundLoader.h"
 #include "interchange/Export.h"
 #include "interchange/Import.h"
@@ -87,7 +88,8 @@ void AppDelegate::exportFile(const QString& path) {
     }
     const std::int64_t clipped = exported.value().clipped;
     const QString what =
-        tr("Exported as %1 (%2)").arg(name, QString::fromStdString(exported.value().format));
+        tr("Exported as %1 (%2)")
+            .arg(name, translated(QString::fromStdString(exported.value().format)));
     showResult(clipped > 0 ? tr("%1. Samples beyond full scale that were clipped: %2.")
                                  .arg(what, QLocale().toString(qlonglong{clipped}))
                            : what);
@@ -140,7 +142,7 @@ void AppDelegate::offerRawData(const QString& path) {
 
 void AppDelegate::describeFailure(const platform::Error& error) {
     const bool cancelled = error.category == platform::ErrorCategory::Cancelled;
-    showResult(cancelled ? tr("Cancelled") : QString::fromStdString(error.sentence));
+    showResult(cancelled ? tr("Cancelled") : translated(QString::fromStdString(error.sentence)));
 }
 
 } // namespace zemo

@@ -3,6 +3,7 @@
 #include <QMessageBox>
 
 #include "app/AppDelegate.h"
+#include "app/Languages.h"
 #include "interface/InterfaceLoader.h"
 #include "interface/ManualWindow.h"
 #include "platform/AudioOutput.h"
@@ -92,8 +93,8 @@ void AppDelegate::showRate() {
 }
 
 void AppDelegate::showNotice() {
-    QStringList notices{QString::fromStdString(bufferPlayer.outputUnit->notice()),
-                        QString::fromStdString(platform::services().midi->notice())};
+    QStringList notices{translated(QString::fromStdString(bufferPlayer.outputUnit->notice())),
+                        translated(QString::fromStdString(platform::services().midi->notice()))};
     notices.removeAll(QString());
     const QString text = notices.join("\n");
     if (notice_->text() != text) {

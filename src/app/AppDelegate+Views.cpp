@@ -1,6 +1,7 @@
 #include <QFileInfo>
 
 #include "app/AppDelegate.h"
+#include "app/Languages.h"
 #include "files/RefusalReason.h"
 #include "interface/SoundRuler.h"
 #include "playback/SharedState.h"
@@ -89,7 +90,7 @@ void AppDelegate::explainRefusal(const QString& path, const std::string& file) {
     case Kind::None:
         return showReason({});
     case Kind::Unreadable:
-        return showReason(QString::fromStdString(reason.sentence));
+        return showReason(translated(QString::fromStdString(reason.sentence)));
     case Kind::Rate:
         return showReason(tr("%1 is at %2 Hz, the output at %3 Hz. Import Audio… converts it.")
                               .arg(name, hertz(reason.rate), hertz(R)));

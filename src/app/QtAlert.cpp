@@ -3,16 +3,18 @@
 #include <QApplication>
 #include <QMessageBox>
 
+#include "app/Languages.h"
+
 namespace zemo {
 
 void QtAlert::runCritical(const std::string& title, const std::string& message,
                           const std::string& button) {
     QMessageBox box(QApplication::activeWindow());
     box.setIcon(QMessageBox::Critical);
-    box.setWindowTitle(QString::fromStdString(title));
+    box.setWindowTitle(translated(QString::fromStdString(title)));
     box.setTextFormat(Qt::PlainText);
-    box.setText(QString::fromStdString(message));
-    box.addButton(QString::fromStdString(button), QMessageBox::AcceptRole);
+    box.setText(translated(QString::fromStdString(message)));
+    box.addButton(translated(QString::fromStdString(button)), QMessageBox::AcceptRole);
     box.exec();
 }
 

@@ -1,10 +1,12 @@
 #include <QApplication>
 #include <QIcon>
+#include <QLocale>
 #include <cstdio>
 #include <cstring>
 
 #include "app/AppDelegate.h"
 #include "app/FirstFrame.h"
+#include "app/Languages.h"
 #include "app/QtAlert.h"
 #include "meter/GlPreparation.h"
 #include "platform/Services.h"
@@ -94,5 +96,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationVersion(ZEMO_VERSION);
     QApplication::setDesktopFileName("zemo");
     QApplication::setWindowIcon(windowIcon());
+    zemo::Languages languages;
+    languages.install(zemo::Languages::choose(QLocale().uiLanguages()));
     return zemo::platform::leaveHungCallsBehind(runWindow(application));
 }

@@ -1,5 +1,7 @@
 #include "interface/InterfaceLoader.h"
 
+#include <QAbstractButton>
+#include <QCoreApplication>
 #include <QFile>
 #include <QHash>
 
@@ -38,12 +40,25 @@ const QHash<QString, Maker>& makers() {
     return all;
 }
 
+/// The loader translates every text but those in lists.
+void translateSegments(const QWidget& made, const QString& name) {
+    for (const SegmentedControl* const control : made.findChildren<SegmentedControl*>()) {
+        for (QAbstractButton* const segment : control->findChildren<QAbstractButton*>()) {
+            segment->setText(QCoreApplication::translate(name.toUtf8(), segment->text().toUtf8()));
+        }
+    }
+}
+
 } // namespace
 
 QWidget* InterfaceLoader::loadInterface(const QString& name, QWidget* parent) {
     registerInterfaceResource();
     QFile file(":/interface/" + name + ".ui");
-    return file.open(QIODevice::ReadOnly) ? load(&file, parent) : nullptr;
+    QWidget* const made = file.open(QIODevice::ReadOnly) ? load(&file, parent) : nullptr;
+    if (made != nullptr) {
+        translateSegments(*made, name);
+    }
+    return made;
 }
 
 QWidget* InterfaceLoader::createWidget(const QString& className, QWidget* parent,

@@ -10,9 +10,10 @@
 namespace zemo {
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("SoundView", text);
-}
+/// For its translations.
+struct Ruler {
+    Q_DECLARE_TR_FUNCTIONS(SoundRuler)
+};
 
 /// The least of the round steps that is not below `least` seconds.
 double roundStep(double least) {
@@ -57,9 +58,10 @@ QVector<Tick> frequencyTicks(double lowest, double highest) {
                 continue;
             }
             const QLocale locale;
-            ticks.push_back({hertz, hertz < 1000.0 ? tr("%1 Hz").arg(locale.toString(hertz, 'g', 3))
-                                                   : tr("%1 kHz").arg(
-                                                         locale.toString(hertz / 1000.0, 'g', 4))});
+            ticks.push_back(
+                {hertz, hertz < 1000.0
+                            ? Ruler::tr("%1 Hz").arg(locale.toString(hertz, 'g', 3))
+                            : Ruler::tr("%1 kHz").arg(locale.toString(hertz / 1000.0, 'g', 4))});
         }
     }
     return ticks;
@@ -67,7 +69,7 @@ QVector<Tick> frequencyTicks(double lowest, double highest) {
 
 QString timeText(double seconds, int decimals) {
     if (seconds < 60.0) {
-        return tr("%1 s").arg(QLocale().toString(seconds, 'f', decimals));
+        return Ruler::tr("%1 s").arg(QLocale().toString(seconds, 'f', decimals));
     }
     const auto whole = static_cast<qint64>(seconds);
     const QString rest = QString("%1").arg(whole % 60, 2, 10, QChar('0'));
@@ -86,20 +88,20 @@ QString timeText(double seconds, int decimals) {
 
 QString decibelText(float magnitude) {
     if (!(magnitude > 0.0F)) {
-        return tr("−∞ dBFS");
+        return Ruler::tr("−∞ dBFS");
     }
     const double tenths = std::round(200.0 * std::log10(static_cast<double>(magnitude)));
     const QString sign = tenths < 0.0 ? QString("−") : tenths > 0.0 ? QString("+") : QString();
-    return tr("%1 dBFS").arg(sign + QLocale().toString(std::fabs(tenths) / 10.0, 'f', 1));
+    return Ruler::tr("%1 dBFS").arg(sign + QLocale().toString(std::fabs(tenths) / 10.0, 'f', 1));
 }
 
 QString countsText(qint64 beyond, qint64 notFinite) {
     QStringList parts;
     if (beyond > 0) {
-        parts += tr("%1 beyond full scale").arg(QLocale().toString(beyond));
+        parts += Ruler::tr("%1 beyond full scale").arg(QLocale().toString(beyond));
     }
     if (notFinite > 0) {
-        parts += tr("%1 not finite").arg(QLocale().toString(notFinite));
+        parts += Ruler::tr("%1 not finite").arg(QLocale().toString(notFinite));
     }
     return parts.join(" · ");
 }

@@ -60,7 +60,8 @@ rule interchange "platform playback files interchange <sndfile.h> <soxr.h>" "$lo
 rule "the vector kernels" "platform playback dsp system" "$locks|$slow|$devices|$foreign|$qt" dsp/kernels
 rule midi "platform playback midi" "$locks|$slow" midi
 rule "the meter's geometry" "meter" "$locks|$slow" \
-    meter/LevelMeterGeometry.cpp meter/include/meter/LevelMeterGeometry.h
+    meter/LevelMeterGeometry.cpp meter/include/meter/LevelMeterGeometry.h \
+    meter/SpokenLevel.cpp meter/include/meter/SpokenLevel.h
 # Pictures are plain functions of the samples; only the builder has a thread. It waits by joining it.
 rule "the overview's pictures" "platform overview system" "$locks|$slow|$devices|$qt" \
     overview/ColourMap.cpp overview/Spectrogram.cpp overview/WavePyramid.cpp \

@@ -1,15 +1,19 @@
 #pragma once
 
+#include <QElapsedTimer>
+#include <QTimer>
 #include <QWidget>
 #include <memory>
 
 #include "meter/LevelMeterGeometry.h"
 #include "meter/MeterCanvas.h"
+#include "meter/SpokenLevel.h"
 
 namespace zemo {
 
 /// The level meter: one vertical bar for the live level `value`, with a ghost of the bar of the
-/// frame before. It draws when it is asked to (update()) and never schedules itself. [main]
+/// frame before. It draws when it is asked to (update()) and never schedules itself. What it shows
+/// it tells assistive technology, at a civil rate. [main]
 class levelOpenGLView : public QWidget {
     Q_OBJECT
 public:
@@ -35,16 +39,28 @@ public:
     /// The picture of the last frame.
     const QImage& picture() const { return picture_; }
 
+    /// The live level in words: "−12.3 dBFS".
+    QString levelText() const;
+
     QSize sizeHint() const override { return {96, 320}; }
+
+signals:
+    /// Assistive technology has been told of this level, in dBFS.
+    void levelTold(double decibels);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void tellLevel();
+
     MeterMemory memory_;
     float testVal_ = 0.0F;
     std::unique_ptr<MeterCanvas> canvas_;
     QImage picture_;
+    SpokenLevel speech_;
+    QTimer speechTimer_; ///< until a level that came too soon is due
+    QElapsedTimer speechClock_;
 };
 
 } // namespace zemo

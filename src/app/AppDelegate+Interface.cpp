@@ -99,6 +99,7 @@ void AppDelegate::showNotice() {
     const QString text = notices.join("\n");
     if (notice_->text() != text) {
         notice_->setText(text);
+        announceLater();
     }
     notice_->setVisible(!text.isEmpty());
 }

@@ -1,4 +1,5 @@
 #include <QFileInfo>
+#include <utility>
 
 #include "app/AppDelegate.h"
 #include "app/Languages.h"
@@ -23,6 +24,7 @@ void AppDelegate::connectViews() {
     connect(SpectrogramMenu, &QAction::toggled, soundView, &SoundView::setSpectrogramShown);
     connect(soundView, &SoundView::spectrogramShownChanged, SpectrogramMenu, &QAction::setChecked);
     reasonValue_->hide();
+    announcer_ = new Announcer(window);
 }
 
 void AppDelegate::soundWillChange() {
@@ -74,11 +76,26 @@ void AppDelegate::showPlayhead() {
 void AppDelegate::showResult(const QString& text) {
     resultValue_->setText(text);
     showReason({});
+    announceLater();
 }
 
 void AppDelegate::showReason(const QString& text) {
     reasonValue_->setText(text);
     reasonValue_->setVisible(!text.isEmpty());
+}
+
+/// The result and its reason come one after the other and are one thing to say.
+void AppDelegate::announceLater() {
+    if (!std::exchange(willAnnounce_, true)) {
+        QMetaObject::invokeMethod(this, &AppDelegate::announce, Qt::QueuedConnection);
+    }
+}
+
+void AppDelegate::announce() {
+    willAnnounce_ = false;
+    QStringList texts{resultValue_->text(), reasonValue_->text(), notice_->text()};
+    texts.removeAll("");
+    announcer_->say(texts.join(". "));
 }
 
 void AppDelegate::explainRefusal(const QString& path, const std::string& file) {

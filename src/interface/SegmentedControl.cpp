@@ -1,17 +1,33 @@
 #include "interface/SegmentedControl.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QPushButton>
 
 namespace zemo {
+namespace {
+
+/// A group, whose name screen readers say when the focus comes to one of its segments.
+QAccessibleInterface* makeAccessible(const QString& /*className*/, QObject* object) {
+    auto* const control = qobject_cast<SegmentedControl*>(object);
+    return control != nullptr ? new QAccessibleWidget(control, QAccessible::Grouping) : nullptr;
+}
+
+} // namespace
 
 SegmentedControl::SegmentedControl(QWidget* parent) : QWidget(parent) {
-    // A segment that is on is to be told from the others in dark palettes too.
+    QAccessible::installFactory(makeAccessible); // the same one is taken once
+    setFocusPolicy(Qt::TabFocus);                // or no label's letter would lead here
+    // A segment that is on has its colours turned about: so it is told from the others, and read as
+    // well as they are, in every palette. The highlight of many is too bright for white text.
     setStyleSheet("QPushButton { padding: 5px 10px; border: 1px solid palette(mid);"
                   " border-radius: 4px; background: palette(button); }"
-                  "QPushButton:checked { background: palette(highlight);"
-                  " color: palette(highlighted-text); }"
-                  "QPushButton:focus { border: 1px solid palette(text); }");
+                  "QPushButton:checked { background: palette(button-text);"
+                  " color: palette(button); }"
+                  "QPushButton:focus { outline: none; border: 3px solid palette(highlight);"
+                  " padding: 3px 8px; }");
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(2);
@@ -36,12 +52,31 @@ void SegmentedControl::setTitles(const QStringList& titles) {
         auto* const button = new QPushButton(titles[i], this);
         button->setCheckable(true);
         button->setAutoDefault(false);
+        button->installEventFilter(this);
         layout()->addWidget(button);
         group_.addButton(button, static_cast<int>(i));
         if (i == 0) {
             setFocusProxy(button);
         }
     }
+}
+
+/// A group is one stop of Tab. Buttons that exclude each other follow the arrows by themselves, the
+/// others would be out of reach.
+bool SegmentedControl::eventFilter(QObject* watched, QEvent* event) {
+    if (isExclusive() || event->type() != QEvent::KeyPress) {
+        return QWidget::eventFilter(watched, event);
+    }
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    const int step = key == Qt::Key_Right ? 1 : key == Qt::Key_Left ? -1 : 0;
+    const int segment = group_.id(qobject_cast<QAbstractButton*>(watched));
+    QAbstractButton* const next =
+        step != 0 ? group_.button(segment + (isRightToLeft() ? -step : step)) : nullptr;
+    if (next == nullptr) {
+        return QWidget::eventFilter(watched, event);
+    }
+    next->setFocus(Qt::OtherFocusReason);
+    return true;
 }
 
 int SegmentedControl::selectedSegment() const {

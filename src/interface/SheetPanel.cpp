@@ -1,9 +1,31 @@
 #include "interface/SheetPanel.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
+
+#include "interface/Contrast.h"
 
 namespace zemo {
+namespace {
+
+constexpr double kRing = 2.0;     ///< the pen's width
+constexpr double kDistance = 2.0; ///< from the control
+constexpr double kRadius = 4.0;
+constexpr double kSeen = 3.0; ///< contrast that a mark has at least
+
+QColor ringColour(const QPalette& palette) {
+    const QColor highlight = palette.color(QPalette::Highlight);
+    const bool isSeen = contrast(highlight, palette.color(QPalette::Window)) >= kSeen;
+    return isSeen ? highlight : palette.color(QPalette::WindowText);
+}
+
+} // namespace
+
+SheetPanel::SheetPanel(QWidget* parent) : QDialog(parent) {
+    connect(qApp, &QApplication::focusChanged, this, [this] { update(); });
+}
 
 void SheetPanel::openAsSheet() {
     keepTextsWhole();
@@ -25,6 +47,21 @@ void SheetPanel::keepTextsWhole() {
             label->setMinimumHeight(label->heightForWidth(label->minimumWidth()));
         }
     }
+}
+
+/// The usual style hardly marks a button or a slider that has the focus. Segments mark themselves.
+void SheetPanel::paintEvent(QPaintEvent* event) {
+    QDialog::paintEvent(event);
+    const QWidget* const focus = focusWidget();
+    if (focus == nullptr || !focus->hasFocus() || focus->parentWidget() != this) {
+        return;
+    }
+    constexpr double kOut = kDistance + kRing / 2.0;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(ringColour(palette()), kRing));
+    painter.drawRoundedRect(QRectF(focus->geometry()).adjusted(-kOut, -kOut, kOut, kOut), kRadius,
+                            kRadius);
 }
 
 void SheetPanel::reject() {

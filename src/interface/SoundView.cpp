@@ -193,8 +193,8 @@ QPixmap SoundView::paintPicture() const {
 }
 
 void SoundView::paintCard(QPainter& painter) const {
-    const double inset = hasFocus() ? 0.5 : 0.0; // half the pen's width
-    painter.setPen(hasFocus() ? QPen(colours::kFocus, 1.0) : QPen(Qt::NoPen));
+    const double inset = hasFocus() ? 1.0 : 0.0; // half the pen's width
+    painter.setPen(hasFocus() ? QPen(colours::kFocus, 2.0) : QPen(Qt::NoPen));
     painter.setBrush(colours::kCard);
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), kRadius,
                             kRadius);

@@ -5,6 +5,8 @@
 #include <QStylePainter>
 #include <algorithm>
 
+#include "interface/Contrast.h"
+
 namespace zemo {
 
 TitledButton::TitledButton(QWidget* parent) : QPushButton(parent) {}
@@ -14,9 +16,20 @@ void TitledButton::setTitle(const QString& text) {
 }
 
 void TitledButton::setAttributedTitle(const AttributedTitle& title) {
+    const bool wasOnLight = isOnLight();
     title_ = title;
     setAccessibleName(title.text);
+    if (isOnLight() != wasOnLight) { // another rule of the style sheet holds now
+        style()->unpolish(this);
+        style()->polish(this);
+    }
     update();
+}
+
+bool TitledButton::isOnLight() const {
+    constexpr double kMiddle = 0.179; // as far from black as from white, as contrast is reckoned
+    return title_.colour.isValid() && title_.colouredLength > 0 &&
+           relativeLuminance(title_.colour) < kMiddle;
 }
 
 void TitledButton::setAlternateTitle(const QString& text) {

@@ -21,6 +21,7 @@
 #include "dsp/Revert.h"
 #include "dsp/Transformation.h"
 #include "files/AudioFileWriter.h"
+#include "interface/Announcer.h"
 #include "interface/BackgroundWindow.h"
 #include "interface/ManualWindow.h"
 #include "interface/SegmentedControl.h"
@@ -228,6 +229,9 @@ private:
     void showResult(const QString& text); ///< and no reason
     /// Says why a file was refused and what to do about it; with an empty text nothing.
     void showReason(const QString& text);
+    /// Has what the window says now (result, reason, notice) spoken, once the event is over.
+    void announceLater();
+    void announce();
     void explainRefusal(const QString& path, const std::string& file);
 
     void styleWindow();
@@ -242,6 +246,8 @@ private:
     QLabel* notice_ = nullptr;
     QLabel* peakValue_ = nullptr;
     QLabel* reasonValue_ = nullptr;
+    Announcer* announcer_ = nullptr;
+    bool willAnnounce_ = false;
     SheetSession sheets_;
     WorkInWindow work_;
     RenderMessageQueue messages_;

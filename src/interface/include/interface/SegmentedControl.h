@@ -28,6 +28,8 @@ public:
     bool isSelectedForSegment(int segment) const;
     void setSelectedForSegment(bool selected, int segment);
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     QButtonGroup group_;
     int lastSelected_ = -1;

@@ -10,7 +10,7 @@ namespace zemo {
 class SheetPanel : public QDialog {
     Q_OBJECT
 public:
-    explicit SheetPanel(QWidget* parent = nullptr) : QDialog(parent) {}
+    explicit SheetPanel(QWidget* parent = nullptr);
 
     void setCancelButton(QAbstractButton* button) { cancelButton_ = button; }
 
@@ -18,6 +18,9 @@ public:
     void openAsSheet();
 
     void reject() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void keepTextsWhole();

@@ -20,6 +20,7 @@ struct AttributedTitle {
 class TitledButton : public QPushButton {
     Q_OBJECT
     Q_PROPERTY(QString title READ title WRITE setTitle)
+    Q_PROPERTY(bool onLight READ isOnLight)
     Q_PROPERTY(QString alternateTitle READ alternateTitle WRITE setAlternateTitle)
 public:
     explicit TitledButton(QWidget* parent = nullptr);
@@ -28,6 +29,10 @@ public:
     void setTitle(const QString& text); ///< plain, in the button's own font and colour
     const AttributedTitle& attributedTitle() const { return title_; }
     void setAttributedTitle(const AttributedTitle& title);
+
+    /// Whether the title's colour is so dark that it is read better on a light ground. Style sheets
+    /// see it as a property.
+    bool isOnLight() const;
 
     QString alternateTitle() const { return alternateTitle_.text; }
     void setAlternateTitle(const QString& text);

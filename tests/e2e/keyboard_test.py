@@ -1,7 +1,10 @@
 """The window without a mouse."""
 
+import time
+
 import audio
 import case
+from servers import wait_for
 from window import PLAY, STOP, move_window, press_keys
 
 setUpModule = case.start_desktop
@@ -92,6 +95,148 @@ class Keyboard(case.SoundCase):
         self.listener.wait_for_sound(0.1)
         press_keys("ctrl+q")
         self.assertEqual(self.program.status(), 0)
+
+
+class Tour(case.WindowCase):
+    """What Tab comes to, in its order, all around."""
+
+    main = [("push button", "Play"), ("push button", "Peak"), ("push button", "Test"),
+            ("image", "Picture of the sound"), ("check box", "Spectrogram"),
+            ("progress bar", "Level meter")]
+    buttons = [("push button", "OK"), ("push button", "Cancel")]
+    carrier = [("text", "Carrier frequency in hertz"), ("text", "Modulation index")]
+    sheets = {
+        ("r", "Resample"): [("text", "Resampling ratio"), *buttons],
+        ("a", "Amplitude and Single-Sideband Modulation"):
+            [*carrier, ("check box", "AM"), *buttons],
+        ("f", "Frequency Modulation"):
+            [*carrier, ("text", "Envelope rate in hertz"), *buttons],
+        ("h", "HD"):
+            [("check box", "Second"), ("check box", "Off"),
+             ("text", "Pole of the DC filter"), ("text", "Attack in samples"), ("slider", "Mix"),
+             ("text", "Knee"), ("text", "Compression slope"),
+             ("check box", "Keep the sound’s peak level"), *buttons],
+    }
+
+    def setUp(self):
+        super().setUp()
+        sound = audio.write_caf(self.path("noise.caf"), 48000, audio.noise(4800, seed=1))
+        self.launch(sound)
+        self.window.wait_for_label("noise.caf")
+
+    def wait_for_focus(self, expected):
+        found = []
+
+        def is_there():
+            found[:] = [self.window.focus()]
+            return found[0] == expected
+
+        try:
+            wait_for(is_there, f"{expected} has the focus", timeout=5)
+        except AssertionError as error:
+            raise AssertionError(f"{error}; it is {found[0]}") from None
+
+    def tour(self, stops, key="Tab"):
+        self.wait_for_focus(stops[0])
+        for stop in [*stops[1:], stops[0]]:
+            press_keys(key)
+            self.wait_for_focus(stop)
+
+    def open_sheet(self, letter, title):
+        press_keys("alt+r")
+        self.window.find("menu item", "HD…")
+        press_keys(letter)
+        sheet = self.window.dialog(title)
+        self.wait_for_focus(self.sheets[letter, title][0])
+        return sheet
+
+    def test_tab_goes_around_the_main_window(self):
+        self.tour(self.main)
+
+    def test_shift_and_tab_goes_back(self):
+        self.tour([self.main[0], *reversed(self.main[1:])], "shift+Tab")
+
+    def test_tab_goes_around_every_sheet(self):
+        for (letter, title), stops in self.sheets.items():
+            with self.subTest(sheet=title):
+                self.open_sheet(letter, title)
+                self.tour(stops)
+                press_keys("Escape")
+                self.window.wait_until_closed(title)
+
+    def test_a_sheet_is_filled_in_and_applied_by_keys_alone(self):
+        self.open_sheet("r", "Resample")
+        press_keys("2", "Return")
+        self.window.wait_until_closed("Resample")
+        self.window.wait_for_label("9,598")
+
+    def test_arrows_choose_a_segment_and_letters_reach_it(self):
+        title = "Amplitude and Single-Sideband Modulation"
+        sheet = self.open_sheet("a", title)
+        press_keys("alt+m")
+        self.wait_for_focus(("check box", "AM"))
+        press_keys("Right", "Right")
+        self.wait_for_focus(("check box", "SSB Upper"))
+        chosen = self.window.find("check box", "SSB Upper", sheet)
+        wait_for(lambda: chosen.has("CHECKED"), "the segment is on")
+
+    def test_space_turns_segments_that_do_not_exclude_each_other(self):
+        sheet = self.open_sheet("h", "HD")
+        press_keys("Right")
+        self.wait_for_focus(("check box", "Fourth"))
+        press_keys("space")
+        for name in ("Second", "Fourth"):
+            segment = self.window.find("check box", name, sheet)
+            wait_for(lambda: segment.has("CHECKED"), f"{name} is on")
+
+    def test_arrows_move_the_slider(self):
+        self.open_sheet("h", "HD")
+        press_keys("alt+m", "Right")
+        slider = self.window.find("slider", "Mix")
+        wait_for(lambda: slider.value() == 501, "the slider is one step further")
+
+    def test_tab_reaches_the_boxes_of_the_open_panel(self):
+        press_keys("ctrl+o")
+        self.window.dialog("Open")
+        found = []
+        for _ in range(16):
+            press_keys("Tab")
+            time.sleep(0.1)
+            found.append(self.window.focus())
+        for box in ("Swap Bytes", "Normalize"):
+            self.assertIn(("check box", box), found)
+
+    def test_enter_on_the_picture_turns_to_the_spectrogram(self):
+        press_keys("Tab", "Tab", "Tab")
+        self.wait_for_focus(self.main[3])
+        press_keys("Return")
+        button = self.window.find("check box", "Spectrogram")
+        wait_for(lambda: button.has("CHECKED"), "the spectrogram is on")
+
+    def test_the_manual_is_opened_scrolled_and_closed(self):
+        press_keys("F1")
+        self.window.dialog("ZEMO Manual")
+        bar = wait_for(lambda: self.window.look_for("scroll bar", ""), "there is a scroll bar")
+        press_keys("Next")
+        wait_for(lambda: bar.value() > 0, "the text has moved")
+        press_keys("Escape")
+        self.window.wait_until_closed("ZEMO Manual")
+
+    def test_every_menu_item_is_reached_by_a_letter_and_arrows(self):
+        for letter in "ferpvh":
+            with self.subTest(menu=letter):
+                press_keys(f"alt+{letter}")
+                items = wait_for(self.open_items, "a menu is open")
+                for item in items:
+                    wait_for(lambda: self.window.focus() == item or not press_keys("Down")
+                             and self.window.focus() == item, f"{item} is reached", timeout=5)
+                press_keys("Escape", "Escape")
+                wait_for(lambda: not self.open_items(), "the menu is closed")
+
+    def open_items(self):
+        return [(control.role, control.name) for control in self.window.controls()
+                if "menu item" in control.role and control.has("SHOWING")
+                and control.name not in ("", "File", "Edit", "Process", "Play", "View", "Help")]
 
 
 class Mouse(case.SoundCase):

@@ -69,6 +69,21 @@ class Control:
     def role(self):
         return self._accessible.get_role_name()
 
+    @property
+    def description(self):
+        return self._accessible.get_description()
+
+    def value(self):
+        return self._accessible.get_current_value()
+
+    def labels(self):
+        """The names of the labels that belong to it."""
+        labelled_by = self._technology.RelationType.LABELLED_BY
+        return [relation.get_target(index).get_name()
+                for relation in self._accessible.get_relation_set()
+                if relation.get_relation_type() == labelled_by
+                for index in range(relation.get_n_targets())]
+
     def has(self, state):
         wanted = getattr(self._technology.StateType, state)
         return self._accessible.get_state_set().contains(wanted)
@@ -167,6 +182,19 @@ class Window:
         self._root = Control(self._technology, self._application)
         wait_for(self.is_active, "the window has the focus")
 
+    @property
+    def technology(self):
+        return self._technology
+
+    def focus(self):
+        """The role and the name of the control that has the focus, or None."""
+        with suppress(self._error()):
+            focused = [(control.role, control.name) for control in self._root.descendants()
+                       if control.has("FOCUSED") and control.has("SHOWING")]
+            # A group of which one has the focus says that it has it too, and stands before it.
+            return focused[-1] if focused else None
+        return None
+
     def _find_application(self):
         if not self._program.is_running():
             raise AssertionError(f"the program has ended: {self._program.log()}")
@@ -200,6 +228,11 @@ class Window:
 
     def button(self, name):
         return self.find("push button", name)
+
+    def controls(self):
+        with suppress(self._error()):
+            return list(self._root.descendants())
+        return []
 
     def labels(self):
         with suppress(self._error()):
@@ -257,4 +290,4 @@ class Window:
 
     def meter(self):
         """What the level meter shows: rows, columns, colour."""
-        return self.find("filler", "Level meter").picture()
+        return self.find("progress bar", "Level meter").picture()

@@ -726,6 +726,18 @@ Das Programm wird beendet</translation>
         <source>&amp;About ZEMO</source>
         <translation>&amp;Über ZEMO</translation>
     </message>
+    <message>
+        <source>Name of the sound</source>
+        <translation>Name des Klangs</translation>
+    </message>
+    <message>
+        <source>Why a file was refused</source>
+        <translation>Warum eine Datei abgelehnt wurde</translation>
+    </message>
+    <message>
+        <source>Notice about the output</source>
+        <translation>Hinweis zur Ausgabe</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -1020,6 +1032,14 @@ Hält einen Klang, spielt ihn ab und formt ihn um.</translation>
     <message>
         <source>Level meter</source>
         <translation>Pegelmesser</translation>
+    </message>
+    <message>
+        <source>silent</source>
+        <translation>still</translation>
+    </message>
+    <message>
+        <source>%1 dBFS</source>
+        <translation>%1&#xa0;dBFS</translation>
     </message>
 </context>
 </TS>

@@ -726,6 +726,18 @@ L’application va quitter</translation>
         <source>&amp;About ZEMO</source>
         <translation>À &amp;propos de ZEMO</translation>
     </message>
+    <message>
+        <source>Name of the sound</source>
+        <translation>Nom du son</translation>
+    </message>
+    <message>
+        <source>Why a file was refused</source>
+        <translation>Pourquoi un fichier a été refusé</translation>
+    </message>
+    <message>
+        <source>Notice about the output</source>
+        <translation>Remarque sur la sortie</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -1020,6 +1032,14 @@ Contient un son, le joue et le transforme.</translation>
     <message>
         <source>Level meter</source>
         <translation>Vumètre</translation>
+    </message>
+    <message>
+        <source>silent</source>
+        <translation>silence</translation>
+    </message>
+    <message>
+        <source>%1 dBFS</source>
+        <translation>%1&#xa0;dBFS</translation>
     </message>
 </context>
 </TS>

@@ -726,6 +726,18 @@ Application will quit</source>
         <source>&amp;About ZEMO</source>
         <translation>ZEMO について(&amp;A)</translation>
     </message>
+    <message>
+        <source>Name of the sound</source>
+        <translation>音の名前</translation>
+    </message>
+    <message>
+        <source>Why a file was refused</source>
+        <translation>ファイルが拒否された理由</translation>
+    </message>
+    <message>
+        <source>Notice about the output</source>
+        <translation>出力についてのお知らせ</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -1020,6 +1032,14 @@ Holds one sound, plays it and rewrites it.</source>
     <message>
         <source>Level meter</source>
         <translation>レベルメーター</translation>
+    </message>
+    <message>
+        <source>silent</source>
+        <translation>無音</translation>
+    </message>
+    <message>
+        <source>%1 dBFS</source>
+        <translation>%1 dBFS</translation>
     </message>
 </context>
 </TS>

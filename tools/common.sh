@@ -26,9 +26,13 @@ is_configured() { # PRESET
     [[ -f build/$1/build.ninja ]] && is_of_this_place "$1"
 }
 
+# The presets share much of what they compile; what is kept for that stays within the build folder.
 configure() { # PRESET ARGUMENT...
     local preset=$1
     shift
+    if command -v ccache >/dev/null; then
+        set -- -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "$@"
+    fi
     if [[ -f build/$preset/CMakeCache.txt ]] && ! is_of_this_place "$preset"; then
         rm -rf -- "build/$preset"
     fi
@@ -38,6 +42,7 @@ configure() { # PRESET ARGUMENT...
 
 build() { # PRESET ARGUMENT...
     local preset=$1
+    local -x CCACHE_DIR=$PWD/build/ccache
     shift
     quietly "build/logs/$preset-build.log" \
         flock build/.lock cmake --build --preset "$preset" "$@"

@@ -14,7 +14,7 @@ from window import PLAY, STOP, Program, Window, press_keys
 
 setUpModule = case.start_desktop
 
-SECONDS = 3
+SECONDS = 2
 
 
 class FaultCase(case.SoundCase):

@@ -40,22 +40,19 @@ class Interchange(case.SoundCase):
         return path
 
     def import_file(self, path):
-        self.window.choose("Import Audio…")
-        panel = self.window.dialog("Import Audio")
-        field = self.window.find("text", "File name:", panel)
-        field.write(str(path))
-        wait_for(lambda: field.text() == str(path), "the path stands in the panel")
-        self.window.find("push button", "Import", panel).press()
-        self.window.wait_until_closed("Import Audio")
+        self.choose_file("Import Audio", "Import", path)
 
     def export_to(self, path):
-        self.window.choose("Export Audio…")
-        panel = self.window.dialog("Export Audio")
+        self.choose_file("Export Audio", "Export", path)
+
+    def choose_file(self, title, button, path):
+        self.window.choose(f"{title}…")
+        panel = self.window.dialog(title)
         field = self.window.find("text", "File name:", panel)
         field.write(str(path))
         wait_for(lambda: field.text() == str(path), "the path stands in the panel")
-        self.window.find("push button", "Export", panel).press()
-        self.window.wait_until_closed("Export Audio")
+        self.window.find("push button", button, panel).press()
+        self.window.wait_until_closed(title)
 
     def wait_for_result(self, beginning):
         return wait_for(lambda: [text for text in self.window.labels()

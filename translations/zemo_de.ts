@@ -738,6 +738,26 @@ Das Programm wird beendet</translation>
         <source>Notice about the output</source>
         <translation>Hinweis zur Ausgabe</translation>
     </message>
+    <message>
+        <source>A sound that can be restored</source>
+        <translation>Ein Klang, der wiederhergestellt werden kann</translation>
+    </message>
+    <message>
+        <source>Restore</source>
+        <translation>Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Make this the sound; the copy stays until you save it</source>
+        <translation>Diesen Klang zurückholen; die Kopie bleibt, bis er gespeichert ist</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Verwerfen</translation>
+    </message>
+    <message>
+        <source>Remove the copy</source>
+        <translation>Die Kopie entfernen</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -937,6 +957,14 @@ Hält einen Klang, spielt ihn ab und formt ihn um.</translation>
     <message>
         <source>%1 has %2 channels, not one. Import Audio… converts it.</source>
         <translation>%1 hat %2 Kanäle, nicht einen. „Audio importieren&#xa0;…“ wandelt die Datei um.</translation>
+    </message>
+    <message>
+        <source>Not saved last time: %1 (%2, %3)</source>
+        <translation>Zuletzt nicht gespeichert: %1 (%2, %3)</translation>
+    </message>
+    <message>
+        <source>No rescue copy of the sound can be kept: save it to be safe</source>
+        <translation>Es kann keine Rettungskopie des Klangs angelegt werden: zur Sicherheit speichern</translation>
     </message>
 </context>
 <context>

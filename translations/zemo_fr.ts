@@ -738,6 +738,26 @@ L’application va quitter</translation>
         <source>Notice about the output</source>
         <translation>Remarque sur la sortie</translation>
     </message>
+    <message>
+        <source>A sound that can be restored</source>
+        <translation>Un son qui peut être restauré</translation>
+    </message>
+    <message>
+        <source>Restore</source>
+        <translation>Restaurer</translation>
+    </message>
+    <message>
+        <source>Make this the sound; the copy stays until you save it</source>
+        <translation>Reprendre ce son ; la copie reste jusqu’à son enregistrement</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Supprimer</translation>
+    </message>
+    <message>
+        <source>Remove the copy</source>
+        <translation>Supprimer la copie</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -937,6 +957,14 @@ Contient un son, le joue et le transforme.</translation>
     <message>
         <source>%1 has %2 channels, not one. Import Audio… converts it.</source>
         <translation>%1 a %2 canaux, et non un seul. «&#xa0;Importer de l’audio…&#xa0;» le convertit.</translation>
+    </message>
+    <message>
+        <source>Not saved last time: %1 (%2, %3)</source>
+        <translation>Non enregistré la dernière fois : %1 (%2, %3)</translation>
+    </message>
+    <message>
+        <source>No rescue copy of the sound can be kept: save it to be safe</source>
+        <translation>Aucune copie de secours du son ne peut être gardée : enregistrez-le par sécurité</translation>
     </message>
 </context>
 <context>

@@ -738,6 +738,26 @@ Application will quit</source>
         <source>Notice about the output</source>
         <translation>出力についてのお知らせ</translation>
     </message>
+    <message>
+        <source>A sound that can be restored</source>
+        <translation>復元できるサウンド</translation>
+    </message>
+    <message>
+        <source>Restore</source>
+        <translation>復元</translation>
+    </message>
+    <message>
+        <source>Make this the sound; the copy stays until you save it</source>
+        <translation>このサウンドを復元します。保存するまでコピーは残ります</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>破棄</translation>
+    </message>
+    <message>
+        <source>Remove the copy</source>
+        <translation>コピーを削除</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -937,6 +957,14 @@ Holds one sound, plays it and rewrites it.</source>
     <message>
         <source>%1 has %2 channels, not one. Import Audio… converts it.</source>
         <translation>%1 はモノラルではなく %2 チャンネルです。「オーディオを読み込む…」で変換できます。</translation>
+    </message>
+    <message>
+        <source>Not saved last time: %1 (%2, %3)</source>
+        <translation>前回保存されなかったサウンド：%1（%2、%3）</translation>
+    </message>
+    <message>
+        <source>No rescue copy of the sound can be kept: save it to be safe</source>
+        <translation>サウンドの救出用コピーを残せません。念のため保存してください</translation>
     </message>
 </context>
 <context>

@@ -90,7 +90,7 @@ void AppDelegate::openChosenFile(const QString& path) {
     }
     work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
     const FileUrl url(fileSystemPath(path));
-    const SoundChange change(*this);
+    const SoundChange change(*this, SoundChange::Source::File);
     const OpenResult result = openByExtension(url, swapRaw);
     if (result.cancelled) {
         showResult(tr("Cancelled"));
@@ -121,7 +121,7 @@ void AppDelegate::openChosenRawFile(const QString& path) {
     }
     work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
     const std::string file = fileSystemPath(path);
-    const SoundChange change(*this);
+    const SoundChange change(*this, SoundChange::Source::File);
     const char* const status = openFile(file.c_str(), swapRaw);
     if (status == kReadingCancelled) {
         showResult(tr("Cancelled"));
@@ -165,6 +165,9 @@ void AppDelegate::saveHeld(const QString& path, const HeldSound& sound) {
     const bool saved = saveHeldSound(FileUrl(fileSystemPath(path)), sound);
     trace().log(platform::format("%uc", saved ? 1U : 0U));
     trace().log("no_err"); // whatever the result
+    if (saved) {
+        unsaved_.saved(sound);
+    }
     showResult(saved ? tr("Saved as %1").arg(name) : tr("%1 was not saved").arg(name));
 }
 

@@ -24,6 +24,11 @@ bool isOpenedByExtension(const QString& path) {
     return isAudioFileExtension(QFileInfo(path).suffix().toStdString());
 }
 
+/// Whether every sample is in the file as it is; FLAC rounds.
+bool isExactExport(const QString& path) {
+    return QFileInfo(path).suffix().toLower() == "wav";
+}
+
 } // namespace
 
 void AppDelegate::ImportDialog(QObject* /*sender*/) {
@@ -43,7 +48,7 @@ void AppDelegate::importFile(const QString& path) {
     }
     const QString name = QFileInfo(path).fileName();
     work_.setDescription(tr("Importing %1…").arg(name));
-    const SoundChange change(*this);
+    const SoundChange change(*this, SoundChange::Source::File);
     const auto imported = importSound(urlOf(path));
     messages_.drain(*this);
     if (!imported) {
@@ -81,10 +86,14 @@ void AppDelegate::exportFile(const QString& path) {
     }
     const QString name = QFileInfo(path).fileName();
     work_.setDescription(tr("Exporting %1…").arg(name));
+    const HeldSound sound = HeldSound::take();
     const auto exported = exportSound(urlOf(path));
     if (!exported) {
         describeFailure(exported.error());
         return;
+    }
+    if (isExactExport(path)) {
+        unsaved_.saved(sound);
     }
     const std::int64_t clipped = exported.value().clipped;
     const QString what =

@@ -32,11 +32,12 @@ bool AppDelegate::loadMainWindow() {
         fill(window, soundName_, "soundName") && fill(window, lengthValue_, "lengthValue") &&
         fill(window, samplesValue_, "samplesValue") && fill(window, rateValue_, "rateValue") &&
         fill(window, resultValue_, "resultValue") && fill(window, notice_, "notice");
-    if (!buttons || !menus || !labels || !fillViews()) {
+    if (!buttons || !menus || !labels || !fillViews() || !fillRescueLine()) {
         return false;
     }
     connectActions();
     connectViews();
+    connectRescueLine();
     work_.setWindow(window);
     platform::services().longWork = &work_;
     styleWindow();
@@ -94,7 +95,8 @@ void AppDelegate::showRate() {
 
 void AppDelegate::showNotice() {
     QStringList notices{translated(QString::fromStdString(bufferPlayer.outputUnit->notice())),
-                        translated(QString::fromStdString(platform::services().midi->notice()))};
+                        translated(QString::fromStdString(platform::services().midi->notice())),
+                        rescueNotice_};
     notices.removeAll(QString());
     const QString text = notices.join("\n");
     if (notice_->text() != text) {

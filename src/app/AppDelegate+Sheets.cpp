@@ -176,7 +176,7 @@ void AppDelegate::transform(const Refusal& refusal,
     if (!reason) {
         fallIdle();
         work_.setDescription(tr("Transforming the sound…"));
-        const SoundChange change(*this);
+        const SoundChange change(*this, SoundChange::Source::Work);
         reason = transformation();
     }
     messages_.drain(*this);
@@ -389,7 +389,7 @@ void AppDelegate::hdSheetDidEnd(QDialog* /*sheet*/, int /*returnCode*/, void* /*
 
 void AppDelegate::revertAction(QObject* /*sender*/) {
     if (ustruct.bufsize > 0 && !work_.isBusy()) {
-        const SoundChange change(*this);
+        const SoundChange change(*this, SoundChange::Source::Work);
         revert(ustruct);
         messages_.drain(*this);
         describeTransformation(std::nullopt);

@@ -1,3 +1,4 @@
+#include <QFile>
 #include <QFileInfo>
 #include <utility>
 
@@ -25,6 +26,21 @@ void AppDelegate::connectViews() {
     connect(soundView, &SoundView::spectrogramShownChanged, SpectrogramMenu, &QAction::setChecked);
     reasonValue_->hide();
     announcer_ = new Announcer(window);
+}
+
+AppDelegate::SoundChange::SoundChange(AppDelegate& delegate, Source source)
+    : delegate_(delegate), source_(source) {
+    delegate_.soundWillChange();
+}
+
+AppDelegate::SoundChange::~SoundChange() {
+    delegate_.soundDidChange();
+    if (source_ == Source::Work) {
+        const QByteArray name = QFile::encodeName(delegate_.soundName_->text());
+        delegate_.unsaved_.changed(before_, name.toStdString());
+    } else {
+        delegate_.unsaved_.opened(before_);
+    }
 }
 
 void AppDelegate::soundWillChange() {

@@ -61,6 +61,8 @@ AppDelegate::AppDelegate(QObject* parent) : QObject(parent) {
 
 AppDelegate::~AppDelegate() {
     builder_.stop();
+    fatalEnd_.reset();
+    keeper_.reset(); // it finishes, and tells this
     if (bufferPlayer.outputUnit != nullptr) {
         bufferPlayer.outputUnit->stop();
     }

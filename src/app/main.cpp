@@ -8,12 +8,14 @@
 #include "app/FirstFrame.h"
 #include "app/Languages.h"
 #include "app/QtAlert.h"
+#include "app/QuitOnSignal.h"
 #include "meter/GlPreparation.h"
 #include "platform/Services.h"
 #include "platform_linux/CallThread.h"
 #include "platform_linux/LinuxAudioOutput.h"
 #include "platform_linux/LinuxMidi.h"
 #include "platform_linux/LinuxServices.h"
+#include "rescue/RescueFolder.h"
 
 namespace {
 
@@ -63,11 +65,15 @@ int runWindow(QApplication& application) {
         trace.printError("zemo: the main window's interface file is broken.\n");
         return EXIT_FAILURE;
     }
+    const zemo::QuitOnSignal quitOnSignal(delegate.window);
     zemo::showFirstFrame(*delegate.window);
     // Only now: the servers of sound and MIDI may take their time to answer.
     auto midi = zemo::platform::makeLinuxMidi();
     zemo::platform::services().midi = midi.get();
     delegate.applicationDidFinishLaunching();
+    if (const auto root = zemo::rescue::rescueRoot()) {
+        delegate.keepRescueCopies(*root);
+    }
     if (application.arguments().size() > 1) {
         delegate.openAnyFile(application.arguments().at(1));
     }
@@ -75,7 +81,7 @@ int runWindow(QApplication& application) {
     const int status = delegate.window->isVisible() ? QApplication::exec() : EXIT_SUCCESS;
     zemo::platform::services().midi = nullptr;
     midi.reset(); // nothing arrives at a controller that is gone
-    return status;
+    return zemo::QuitOnSignal::status(status);
 }
 
 } // namespace

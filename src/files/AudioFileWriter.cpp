@@ -5,7 +5,6 @@
 #include <cstring>
 #include <functional>
 
-#include "files/AtomicFile.h"
 #include "files/AudioFileLayout.h"
 #include "files/CAByteOrder.h"
 #include "files/FixFlags.h"
@@ -184,6 +183,14 @@ bool saveHeldSound(const FileUrl& url, const HeldSound& sound) {
 
 bool saveSound(const FileUrl& url) {
     return saveHeldSound(url, HeldSound::take());
+}
+
+WriteOutcome writeExactCopy(const std::string& path, const HeldSound& sound) {
+    platform::AudioStreamBasicDescription dataFormat;
+    std::uint32_t fileType = 0;
+    setFormat(&dataFormat, &fileType, "caf", R);
+    const auto bytes = std::as_bytes(sound.samples());
+    return writeAtomically(path, cafHeader(dataFormat, bytes.size()), bytes);
 }
 
 bool classicsaveAsAudioFile(const FileUrl& url) {

@@ -69,10 +69,11 @@ rule "the overview's pictures" "platform overview system" "$locks|$slow|$devices
     overview/include/overview/WavePyramid.h
 rule "the overview" "platform overview system" \
     "$locks|iostream|fstream|filesystem|syncstream|$devices|$qt" overview
+rule rescue "platform playback files rescue system" "iostream|fstream|$devices|$foreign|$qt" rescue
 rule batch "platform platform_linux playback files interchange dsp midi batch" "$locks" batch
 rule "the Linux platform" "platform platform_linux system" "$foreign|$qt" platform/linux
 rule "the window" \
-    "platform platform_linux playback files interchange dsp midi meter overview interface app system" \
+    "platform platform_linux playback files interchange dsp midi meter overview rescue interface app system" \
     "$devices|$foreign" app interface meter
 
 exit $found

@@ -131,6 +131,11 @@ class Desktop:
         end_orphans()
         shutil.rmtree(self.directory, ignore_errors=True)
 
+    def kill_display(self):
+        """Takes the display away from all its clients; it does not come back."""
+        self._display.kill()
+        self._display.wait()
+
     def start(self, command, **options):
         """Starts a child that ends with this process, without a standard input."""
         return subprocess.Popen(command, stdin=subprocess.DEVNULL, preexec_fn=_end_with_parent,
@@ -165,8 +170,9 @@ class Desktop:
     def _start_display(self):
         read_end, write_end = os.pipe()
         screen = f"{SCREEN[0]}x{SCREEN[1]}x24"
-        self._keep(["Xvfb", "-displayfd", str(write_end), "-screen", "0", screen,
-                    "-nolisten", "tcp", "-noreset"], pass_fds=[write_end])
+        self._display = self._keep(
+            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", screen, "-nolisten", "tcp",
+             "-noreset"], pass_fds=[write_end])
         os.close(write_end)
         with os.fdopen(read_end) as pipe:
             number = pipe.readline().strip()

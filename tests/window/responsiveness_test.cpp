@@ -1,5 +1,6 @@
 #include <QElapsedTimer>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QtTest>
 #include <cmath>
 
@@ -77,6 +78,7 @@ private slots:
         platform::services().fileOperations = &fileOperations_;
         replaceBuffer(halfAnHour(), kHalfAnHour);
         versionMinor = 9;
+        zemo_->delegate.keepRescueCopies(rescue_.path().toStdString());
     }
     void cleanupTestCase() {
         zemo_.reset();
@@ -196,6 +198,7 @@ private:
         meter.report(what);
     }
 
+    QTemporaryDir rescue_; ///< every transformation is followed by the writing of its copy
     std::unique_ptr<WindowUnderTest> zemo_;
     platform::ThreadWorkers workers_{2};
     platform::SteadyClock clock_;

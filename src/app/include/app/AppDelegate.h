@@ -11,9 +11,11 @@
 #include <QSlider>
 #include <QTimer>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "app/SheetSession.h"
 #include "app/WorkInWindow.h"
@@ -34,6 +36,9 @@
 #include "overview/OverviewBuilder.h"
 #include "playback/Delegate.h"
 #include "playback/RenderMessageQueue.h"
+#include "rescue/FatalEnd.h"
+#include "rescue/RescueKeeper.h"
+#include "rescue/UnsavedWork.h"
 
 namespace zemo {
 
@@ -107,6 +112,9 @@ public:
     /// Styles the window, opens the output, sets all state to its start. Ends the process when the
     /// output cannot be had.
     void applicationDidFinishLaunching();
+    /// From now on unsaved work is kept under `root`, and what is found there is offered once, in one
+    /// line of the window. Without this nothing is kept.
+    void keepRescueCopies(const std::filesystem::path& root);
     bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
 
     // Actions ---------------------------------------------------------------------------------
@@ -172,6 +180,11 @@ public:
     void importFile(const QString& path);
     void exportFile(const QString& path);
 
+    /// Makes the rescue copy that is offered the sound; it stays until that is saved.
+    void restoreRescued();
+    /// Removes the rescue copy that is offered.
+    void discardRescued();
+
 private:
     template <typename Outlet> bool fill(QWidget* owner, Outlet*& outlet, const char* name) {
         outlet = owner->findChild<Outlet*>(name);
@@ -205,17 +218,19 @@ private:
 
     // The pictures of the sound. Whatever may change or free the sound does it within a
     // SoundChange, in which nothing else reads the sound.
+    // It ends with the sound known to be unsaved work or not.
     class SoundChange {
     public:
-        explicit SoundChange(AppDelegate& delegate) : delegate_(delegate) {
-            delegate_.soundWillChange();
-        }
+        enum class Source { File, Work };
+        SoundChange(AppDelegate& delegate, Source source);
         SoundChange(const SoundChange&) = delete;
         SoundChange& operator=(const SoundChange&) = delete;
-        ~SoundChange() { delegate_.soundDidChange(); }
+        ~SoundChange();
 
     private:
         AppDelegate& delegate_;
+        rescue::SoundIdentity before_ = rescue::SoundIdentity::now();
+        Source source_;
     };
     bool fillViews();
     void connectViews();
@@ -234,6 +249,14 @@ private:
     void announce();
     void explainRefusal(const QString& path, const std::string& file);
 
+    // Rescue copies.
+    bool fillRescueLine();
+    void connectRescueLine();
+    void takeRescued(std::vector<rescue::RescueFolder> found);
+    void offerRescued();
+    rescue::RescueFolder takeFirstRescued();
+    void showRescueState(bool isKept);
+
     void styleWindow();
     void showRate();
     void showNotice();
@@ -246,6 +269,12 @@ private:
     QLabel* notice_ = nullptr;
     QLabel* peakValue_ = nullptr;
     QLabel* reasonValue_ = nullptr;
+    QWidget* rescueLine_ = nullptr;
+    QLabel* rescueText_ = nullptr;
+    QPushButton* restoreButton_ = nullptr;
+    QPushButton* discardButton_ = nullptr;
+    QString rescueNotice_;                      ///< empty: nothing is wrong
+    std::vector<rescue::RescueFolder> rescued_; ///< those that are yet to be answered
     Announcer* announcer_ = nullptr;
     bool willAnnounce_ = false;
     SheetSession sheets_;
@@ -257,6 +286,9 @@ private:
     std::uint64_t wantedBuild_ = 0; ///< of the pictures; 0: none
     overview::OverviewBuilder builder_{
         [this](const overview::Overview& made) { takeOverviewLater(made); }};
+    rescue::UnsavedWork unsaved_;
+    std::unique_ptr<rescue::RescueKeeper> keeper_;
+    std::unique_ptr<rescue::FatalEnd> fatalEnd_;
 };
 
 } // namespace zemo

@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 
+#include "files/AtomicFile.h"
 #include "files/FileUrl.h"
 #include "playback/SoundExchange.h"
 
@@ -34,6 +35,11 @@ public:
 
     bool empty() const noexcept { return count_ == 0; }
     std::int64_t count() const noexcept { return count_; }
+    const SampleBlock& block() const noexcept { return block_; }
+    /// [any] The samples alone.
+    std::span<const float> samples() const noexcept {
+        return {block_.get(), static_cast<std::size_t>(count_)};
+    }
     /// [any] The samples and what may be read of the pair behind them.
     std::span<const float> readable() const noexcept {
         return {block_.get(), static_cast<std::size_t>(count_ + pair_)};
@@ -61,6 +67,10 @@ bool saveHeldSound(const FileUrl& url, const HeldSound& sound);
 
 /// [main] The same for the sound as it is now.
 bool saveSound(const FileUrl& url);
+
+/// [worker] Writes the sound itself, without the pair behind it, as CAF at R hertz: what is read
+/// from that file is this sound. Quietly: no trace, no alert, no end of the process.
+WriteOutcome writeExactCopy(const std::string& path, const HeldSound& sound);
 
 /// [main] The older writer: the sound as it stands, without the pair behind it, as CAF whatever the
 /// extension. Nothing calls it.

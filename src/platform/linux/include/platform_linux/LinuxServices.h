@@ -46,7 +46,7 @@ public:
     std::unique_ptr<FileStream> openForReading(const std::string& path, int& error) override;
 };
 
-class PosixFileOperations final : public FileOperations {
+class PosixFileOperations : public FileOperations {
 public:
     int followLinks(const std::string& path, std::string& target) override;
     int inspect(const std::string& path, FileStatus& status) override;

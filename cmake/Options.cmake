@@ -10,7 +10,9 @@ target_compile_options(zemo_options INTERFACE
 
 if(ZEMO_SANITIZE)
     target_compile_options(zemo_options INTERFACE
-        -fsanitize=${ZEMO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        -fsanitize=${ZEMO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+        # Tests in half the time, and reports that still name their lines.
+        $<$<CONFIG:Debug>:-O1> $<$<CONFIG:Debug>:-g1>)
     target_link_options(zemo_options INTERFACE -fsanitize=${ZEMO_SANITIZE})
 endif()
 if(ZEMO_FUZZ)

@@ -17,8 +17,7 @@ QString pathOf(const rescue::RescueFolder& folder) {
 }
 
 QDateTime timeOf(const rescue::RescueFolder& folder) {
-    return QDateTime::fromSecsSinceEpoch(
-        std::chrono::system_clock::to_time_t(folder.time()));
+    return QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(folder.time()));
 }
 
 } // namespace
@@ -38,8 +37,7 @@ void AppDelegate::connectRescueLine() {
 void AppDelegate::keepRescueCopies(const std::filesystem::path& root) {
     // A list in a function must be one that can be copied.
     const auto found = [this](std::vector<rescue::RescueFolder> folders) {
-        const auto list =
-            std::make_shared<std::vector<rescue::RescueFolder>>(std::move(folders));
+        const auto list = std::make_shared<std::vector<rescue::RescueFolder>>(std::move(folders));
         QMetaObject::invokeMethod(
             this, [this, list] { takeRescued(std::move(*list)); }, Qt::QueuedConnection);
     };

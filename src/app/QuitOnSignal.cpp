@@ -45,7 +45,7 @@ QuitOnSignal::QuitOnSignal(QWidget* window) {
     auto* const notifier = new QSocketNotifier(ends_[0], QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [window, notifier] {
         notifier->setEnabled(false);
-        window->close();           // which cancels long work
+        window->close();          // which cancels long work
         QCoreApplication::quit(); // also where a panel or the manual is still open
     });
     handle(takeSignal, static_cast<int>(SA_RESETHAND) | SA_RESTART);

@@ -36,7 +36,6 @@ void waitForTheKeeper() {
     if (kept == nullptr || kept->isThisThread()) {
         return;
     }
-    kept->hurry();
     for (int looks = 0; looks < kCrashPatience && kept->isBusy(); ++looks) {
         const timespec pause{.tv_sec = 0, .tv_nsec = 10'000'000};
         ::nanosleep(&pause, nullptr);

@@ -134,7 +134,9 @@ std::optional<RescueFolder> RescueFolder::lock(const fs::path& path, bool isNew)
 }
 
 RescueFolder::RescueFolder(RescueFolder&& other) noexcept
-    : path_(std::move(other.path_)), copy_(std::move(other.copy_)), time_(other.time_),
+    : path_(std::move(other.path_)),
+      copy_(std::move(other.copy_)),
+      time_(other.time_),
       lock_(std::exchange(other.lock_, -1)) {}
 
 RescueFolder& RescueFolder::operator=(RescueFolder&& other) noexcept {

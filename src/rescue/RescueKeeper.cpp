@@ -1,6 +1,6 @@
 #include "rescue/RescueKeeper.h"
 
-#include <sched.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -20,13 +20,15 @@ int thisThread() noexcept {
     return static_cast<int>(::syscall(SYS_gettid));
 }
 
-/// The processor and the disk only when nobody else wants them. That it fails does no harm.
-void becomeIdle() noexcept {
+/// Others first, with the processor and with the disk, but not starved by them: it may hold what
+/// the system lets only one thread have at a time, and the window would wait for that. Linux knows
+/// niceness by thread. That it fails does no harm.
+void stepBack() noexcept {
+    constexpr int kNice = 10;
     constexpr int kThread = 1;
-    constexpr int kIdleClass = 3 << 13;
-    const sched_param none{};
-    ::sched_setscheduler(0, SCHED_IDLE, &none);
-    ::syscall(SYS_ioprio_set, kThread, 0, kIdleClass);
+    constexpr int kLastOfTheUsualClass = (2 << 13) | 7;
+    ::setpriority(PRIO_PROCESS, static_cast<id_t>(thisThread()), kNice);
+    ::syscall(SYS_ioprio_set, kThread, 0, kLastOfTheUsualClass);
 }
 
 } // namespace
@@ -98,18 +100,9 @@ void RescueKeeper::discard(RescueFolder folder) {
 }
 
 void RescueKeeper::finish(std::chrono::milliseconds patience) noexcept {
-    isHurried_ = true;
-    hurry();
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (busy_ && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(1ms);
-    }
-}
-
-void RescueKeeper::hurry() const noexcept {
-    if (const int thread = threadId_; thread != 0) {
-        const sched_param none{};
-        ::sched_setscheduler(thread, SCHED_OTHER, &none);
     }
 }
 
@@ -118,11 +111,9 @@ bool RescueKeeper::isThisThread() const noexcept {
 }
 
 void RescueKeeper::run() {
-    tellOfAbandoned();
     threadId_ = thisThread();
-    if (!isHurried_) {
-        becomeIdle();
-    }
+    tellOfAbandoned();
+    stepBack();
     std::unique_lock lock(mutex_);
     while (true) {
         busy_ = orders_.any();

@@ -17,7 +17,7 @@ from array import array
 ROOT = pathlib.Path(sys.argv[1])
 BATCH = sys.argv[2]
 MANUAL = ROOT / "docs" / "MANUAL.md"
-DOCUMENTS = sorted([ROOT / "README.md", *(ROOT / "docs").glob("*.md")])
+DOCUMENTS = sorted([ROOT / "README.md", ROOT / "SECURITY.md", *(ROOT / "docs").glob("*.md")])
 
 
 def text(path):

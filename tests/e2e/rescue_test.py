@@ -51,6 +51,11 @@ class RescueCase(SheetCase):
             os.kill(self.program.process_id, number)
         return self.program.status()
 
+    @staticmethod
+    def audio(caf):
+        """What follows the size and the edit count of the last chunk."""
+        return caf[caf.index(b"data") + 16:]
+
     def offer(self):
         matches = [OFFER.fullmatch(label) for label in self.window.labels()]
         return next((match[1] for match in matches if match), None)
@@ -187,11 +192,6 @@ class Offer(RescueCase):
         self.assertEqual(copy.parent.stat().st_mode & 0o777, 0o700)
         kept, saved = self.audio(copy.read_bytes()), self.audio(self.batch("made.caf", *STEP))
         self.assertEqual(kept, saved[:-8], "a save has two samples more")
-
-    @staticmethod
-    def audio(caf):
-        """What follows the size and the edit count of the last chunk."""
-        return caf[caf.index(b"data") + 16:]
 
 
 if __name__ == "__main__":

@@ -134,7 +134,7 @@ class Control:
 
 
 class Program:
-    """One run of the program, with all that it says."""
+    """One run of the program, with all that it says. Unsaved work of others is not offered to it."""
 
     def __init__(self, desktop, *arguments, environment=None):
         self._directory = Path(tempfile.mkdtemp(prefix="program-", dir=desktop.directory))
@@ -143,7 +143,8 @@ class Program:
         with open(self._output, "wb") as output, open(self._log, "wb") as log:
             self._process = desktop.start(
                 [PROGRAM, *map(str, arguments)], cwd=self._directory,
-                env=os.environ | (environment or {}), stdout=output, stderr=log)
+                env=os.environ | {"XDG_STATE_HOME": str(self._directory)} | (environment or {}),
+                stdout=output, stderr=log)
         self.process_id = self._process.pid
 
     def close(self):

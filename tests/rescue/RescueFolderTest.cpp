@@ -18,7 +18,8 @@ protected:
     static void write(const fs::path& file) { std::ofstream(file) << "a sound"; }
 
     /// A folder with a copy in it, whose program has ended.
-    void leave(const std::string& name, fs::file_time_type time = fs::file_time_type::clock::now()) {
+    void leave(const std::string& name,
+               fs::file_time_type time = fs::file_time_type::clock::now()) {
         const auto folder = RescueFolder::make(root_);
         ASSERT_TRUE(folder);
         const fs::path file = folder->fileFor(name);

@@ -23,8 +23,8 @@ protected:
 TEST_F(RescueKeepers, KeepTheSoundToTheLastBit) {
     makeSound(1000, 0.25F);
     for (std::size_t i = 0; i < 8; ++i) { // among them NaNs of both signs, and subnormal values
-        fBuffer.load()[i] = std::bit_cast<float>(
-            static_cast<std::uint32_t>(0x7FC00001U ^ (0x10408001U * static_cast<std::uint32_t>(i))));
+        fBuffer.load()[i] = std::bit_cast<float>(static_cast<std::uint32_t>(
+            0x7FC00001U ^ (0x10408001U * static_cast<std::uint32_t>(i))));
     }
     const std::vector<float> samples(fBuffer.load(), fBuffer.load() + 1000);
     {

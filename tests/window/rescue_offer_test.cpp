@@ -46,8 +46,7 @@ void leaveWork(const QTemporaryDir& state, const char* name, float sample, doubl
     SampleBlock samples = allocateSamples(1000);
     std::fill_n(samples.get(), 1000, sample);
     replaceBuffer(std::move(samples), 1000);
-    const auto folder =
-        rescue::RescueFolder::make(state.filePath("zemo/rescue").toStdString());
+    const auto folder = rescue::RescueFolder::make(state.filePath("zemo/rescue").toStdString());
     QVERIFY(folder.has_value());
     QVERIFY(writeExactCopy(folder->fileFor(name), HeldSound::take()).done());
     emptyBuffer();

@@ -112,8 +112,8 @@ public:
     /// Styles the window, opens the output, sets all state to its start. Ends the process when the
     /// output cannot be had.
     void applicationDidFinishLaunching();
-    /// From now on unsaved work is kept under `root`, and what is found there is offered once, in one
-    /// line of the window. Without this nothing is kept.
+    /// From now on unsaved work is kept under `root`, and what is found there is offered once, in
+    /// one line of the window. Without this nothing is kept.
     void keepRescueCopies(const std::filesystem::path& root);
     bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
 

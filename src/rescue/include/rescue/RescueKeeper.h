@@ -26,8 +26,8 @@ struct RescueEvents {
     std::function<void(bool)> kept;
 };
 
-/// Keeps a copy of one sound on the disk, on a thread of its own that runs when nobody else wants
-/// the processor or the disk. Only the latest order counts: a copy that is not wanted any more is
+/// Keeps a copy of one sound on the disk, on a thread of its own that leaves the processor and the
+/// disk to others. Only the latest order counts: a copy that is not wanted any more is
 /// left off within a few milliseconds, so that at most one block of samples is held for it.
 ///
 /// What it is told to do is [main] and returns at once, but for finish().
@@ -50,10 +50,8 @@ public:
 
     /// [any] Waits until everything is done, at most that long.
     void finish(std::chrono::milliseconds patience) noexcept;
-    /// [any] Whether there is anything to wait for. Safe in a signal handler, as is hurry().
+    /// [any] Whether there is anything to wait for. Safe in a signal handler, as is the next one.
     bool isBusy() const noexcept { return busy_.load(); }
-    /// [any] Takes the processor as everybody does, from now on.
-    void hurry() const noexcept;
     /// [any] Whether this is the keeper's own thread.
     bool isThisThread() const noexcept;
 
@@ -83,7 +81,6 @@ private:
     Orders orders_;
     platform::Progress* progress_ = nullptr; ///< of what is being carried out
     bool ending_ = false;
-    std::atomic<bool> isHurried_{false};
     std::atomic<bool> busy_{true};
     std::atomic<int> threadId_{0};
     std::thread thread_;

@@ -50,7 +50,7 @@ void crashed(int number) {
             ::sigaction(number, &before[i], nullptr);
         }
     }
-    ::raise(number);
+    static_cast<void>(::raise(number));
 }
 
 } // namespace

@@ -68,6 +68,7 @@ class PipeWireServer(Steered):
         self.start()
 
     def start(self):
+        (self._runtime / "pipewire-0").unlink(missing_ok=True)  # of one that was killed
         for command in ("pipewire", "wireplumber", "pipewire-pulse"):
             with open(self._runtime / f"{command}.log", "wb") as log:
                 self._processes.append(self._desktop.start(

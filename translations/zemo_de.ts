@@ -349,6 +349,10 @@ Das Programm wird beendet</translation>
         <source>MIDI does not answer: no notes are read</source>
         <translation>MIDI antwortet nicht: Es werden keine Noten gelesen</translation>
     </message>
+    <message>
+        <source>MIDI went away: no notes are read until ZEMO is started again</source>
+        <translation>MIDI ist verschwunden: Bis zu einem neuen Start von ZEMO werden keine Noten gelesen</translation>
+    </message>
 </context>
 <context>
     <name>fmPanel</name>

@@ -349,6 +349,10 @@ L’application va quitter</translation>
         <source>MIDI does not answer: no notes are read</source>
         <translation>MIDI ne répond pas&#xa0;: aucune note n’est lue</translation>
     </message>
+    <message>
+        <source>MIDI went away: no notes are read until ZEMO is started again</source>
+        <translation>MIDI a disparu&#xa0;: aucune note n’est lue tant que ZEMO n’est pas redémarré</translation>
+    </message>
 </context>
 <context>
     <name>fmPanel</name>

@@ -349,6 +349,10 @@ Application will quit</source>
         <source>MIDI does not answer: no notes are read</source>
         <translation>MIDI が応答しません：ノートを読み取れません</translation>
     </message>
+    <message>
+        <source>MIDI went away: no notes are read until ZEMO is started again</source>
+        <translation>MIDI が失われました：ZEMO を再起動するまでノートを読み取れません</translation>
+    </message>
 </context>
 <context>
     <name>fmPanel</name>

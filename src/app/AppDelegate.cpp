@@ -164,6 +164,11 @@ void AppDelegate::setPlayTitleByMidi() {
         this, [this] { setPlayTitle(); }, Qt::QueuedConnection);
 }
 
+void AppDelegate::midiNoticeChanged() {
+    QMetaObject::invokeMethod(
+        this, [this] { showNotice(); }, Qt::QueuedConnection);
+}
+
 void AppDelegate::resetPlayTitle() {
     playButton->setTitle(tr("Play"));
 }

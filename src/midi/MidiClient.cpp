@@ -75,11 +75,19 @@ void readPacket(std::span<const std::uint8_t> data) {
 
 std::atomic<MidiDelegate*> midiDelegate{nullptr};
 
+/// [midi]
+static void passNoticeOn() {
+    if (MidiDelegate* const delegate = midiDelegate.load()) {
+        delegate->midiNoticeChanged();
+    }
+}
+
 void createMIDI(BufferPlayer* player) {
     platform::MidiService& midi = *platform::services().midi;
     player->midiClient = 0;
     CheckError(midi.createClient("MIDI_Client", player->midiClient),
                "MIDI Client Create Error\nRelaunch Application:");
+    midi.onNotice(passNoticeOn);
     CheckError(midi.createInputPort(player->midiClient, "MIDI_Input", midiReadProc, nullptr,
                                     player->midiInPort),
                "MIDI Port Create Error\nRelaunch Application:");

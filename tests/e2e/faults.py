@@ -9,8 +9,26 @@ from window import PLAY, STOP
 LOST = "The audio device went away: the play was ended"
 SILENT = "No audio device: playing silently"
 NO_MIDI = "MIDI does not answer: no notes are read"
+MIDI_LOST = "MIDI went away: no notes are read until ZEMO is started again"
 TRUTH_SECONDS = 1.0
 METER_TOLERANCE = 3  # of 255
+
+
+def says(window, sentence):
+    """Whether one of the window's sentences is this one: of sound and MIDI each has a line."""
+    return any(sentence in label.split("\n") for label in window.labels())
+
+
+def wait_for_sentence(window, sentence):
+    wait_for(lambda: says(window, sentence), f"the window says {sentence}")
+
+
+def seconds_until(window, sentence, fault):
+    """Seconds from the fault's beginning to its sentence in the window."""
+    since = time.monotonic()
+    fault()
+    wait_for_sentence(window, sentence)
+    return time.monotonic() - since
 
 
 class Fault:
@@ -30,7 +48,7 @@ class Fault:
         pass
 
     def _shows_the_truth(self):
-        return (self._button.name == PLAY and self._window.look_for("label", LOST) is not None and
+        return (self._button.name == PLAY and says(self._window, LOST) and
                 meter.difference(self._window.meter(), meter.bar(0)) <= METER_TOLERANCE)
 
     def wait_for_truth(self, timeout=10):

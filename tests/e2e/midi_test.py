@@ -1,70 +1,14 @@
 """A keyboard on the MIDI bus: JACK's dummy driver, and a sender in a process of its own."""
 
 import os
-import subprocess
-import sys
-from pathlib import Path
 
 import audio
 import case
-from servers import end, wait_for
+from midi_bus import RATE, Bus, note_off, note_on
+from servers import wait_for
 from window import PLAY, STOP
 
 setUpModule = case.start_desktop
-
-RATE = 48000
-SENDER = Path(__file__).with_name("midi_sender.py")
-
-
-class Bus:
-    """A JACK server and one MIDI source on it."""
-
-    def __init__(self, desktop, name, period):
-        self._environment = os.environ | {"JACK_DEFAULT_SERVER": name,
-                                          "JACK_NO_AUDIO_RESERVATION": "1"}
-        self._server = desktop.start(
-            ["jackd", "-r", "-n", name, "-d", "dummy", "-C", "0", "-P", "0", "-r", str(RATE),
-             "-p", str(period)], env=self._environment, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL)
-        self._sender = wait_for(self._start_sender, "the source is on the bus")
-        self.environment = {"JACK_DEFAULT_SERVER": name}
-
-    def _start_sender(self):
-        sender = subprocess.Popen([sys.executable, "-B", str(SENDER), "keyboard"],
-                                  env=self._environment, text=True, stdin=subprocess.PIPE,
-                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        if sender.stdout.readline() == "ready\n":
-            return sender
-        end(sender)
-        sender.stdin.close()
-        sender.stdout.close()
-        return None
-
-    def _ask(self, command, messages):
-        self._sender.stdin.write(f"{command} {' '.join(m.hex() for m in messages)}\n")
-        self._sender.stdin.flush()
-        return self._sender.stdout.readline().strip()
-
-    def send(self, *messages):
-        assert self._ask("send", messages) == "sent"
-
-    def latency(self, message):
-        """Seconds from the note's arrival to the first sound."""
-        return int(self._ask("latency", [message])) / RATE
-
-    def close(self):
-        self._sender.stdin.close()
-        self._sender.wait()
-        self._sender.stdout.close()
-        end(self._server)
-
-
-def note_on(channel=0, velocity=64):
-    return bytes([0x90 | channel, 60, velocity])
-
-
-def note_off(channel=0):
-    return bytes([0x80 | channel, 60, 0])
 
 
 class BusCase(case.WindowCase):

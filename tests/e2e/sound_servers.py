@@ -7,6 +7,7 @@ import subprocess
 import sys
 import tempfile
 import threading
+from contextlib import contextmanager
 from pathlib import Path
 
 from servers import Recording, SoundServer, end, wait_for
@@ -48,9 +49,31 @@ class Steered:
 
 
 class PulseServer(Steered, SoundServer):
-    """PulseAudio itself."""
+    """PulseAudio itself. A sink that plays never changes its rate there."""
 
     sink_options = ["norewinds=1"]
+
+    def suspend(self):
+        self._pactl("suspend-sink", "out", "1")
+
+    def resume(self):
+        self._pactl("suspend-sink", "out", "0")
+
+    @contextmanager
+    def other_calls(self):
+        """Meanwhile another program, which is silent, wants its sound within 10 ms: the device
+        asks all of them more often."""
+        other = self._desktop.start(
+            ["pacat", "--device=out", "--raw", "--format=float32le", f"--rate={self.rate}",
+             "--channels=2", "--latency-msec=10", "/dev/zero"],
+            env=os.environ | self.environment, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL)
+        try:
+            wait_for(lambda: self._pactl("list", "short", "sink-inputs").count("\n") > 0,
+                     "the other program plays")
+            yield
+        finally:
+            end(other)
 
 
 class PipeWireServer(Steered):
@@ -93,6 +116,26 @@ class PipeWireServer(Steered):
     def thaw(self):
         for process in self._processes:
             process.send_signal(signal.SIGCONT)
+
+    @contextmanager
+    def _setting(self, name, setting, before):
+        """One of the server's own settings, for a while."""
+        def write(value):
+            command = ["pw-metadata", "-n", "settings", "0", name, str(value)]
+            assert _run(command, self.environment).returncode == 0, f"{command} has failed"
+        write(setting)
+        try:
+            yield
+        finally:
+            write(before)
+
+    def other_calls(self):
+        """Meanwhile the device asks for as little at a time as none does by itself."""
+        return self._setting("clock.force-quantum", 512, before=0)
+
+    def other_rate(self, rate):
+        """Meanwhile the device runs at that rate."""
+        return self._setting("clock.force-rate", rate, before=self.rate)
 
     def close(self):
         self.thaw()

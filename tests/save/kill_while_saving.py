@@ -65,9 +65,9 @@ def measured(overwriting):
     return time.monotonic() - start
 
 
-def run(overwriting, rounds):
+def run(overwriting, rounds, seed=None):
     length = max(measured(overwriting) for _ in range(3))
-    moments = random.Random(rounds)
+    moments = random.Random(rounds if seed is None else seed)
     counts = {"old": 0, "new": 0, "torn": 0, "left behind": 0, "not hidden": 0}
     current = 0
     for _ in range(rounds):

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
+
+#include "platform_linux/LinuxMidi.h"
 
 namespace zemo::platform {
 
@@ -10,11 +13,25 @@ struct GuardedMidi::Gate {
     std::mutex mutex;
     MidiReadProc read = nullptr; ///< null: closed
     void* context = nullptr;
+    std::string notice;
+    std::function<void()> changed; ///< empty: nobody asks
 
     void set(MidiReadProc reader, void* readContext) {
         const std::lock_guard lock(mutex);
         read = reader;
         context = readContext;
+    }
+    void close() {
+        const std::lock_guard lock(mutex);
+        read = nullptr;
+        changed = nullptr;
+    }
+    void setNotice(std::string text) {
+        const std::lock_guard lock(mutex);
+        notice = std::move(text);
+        if (changed) {
+            changed();
+        }
     }
 };
 
@@ -41,7 +58,7 @@ GuardedMidi::~GuardedMidi() {
 
 /// From here on nothing passes the gate. The service is closed when its calls have returned.
 void GuardedMidi::giveUp() {
-    gate_->set(nullptr, nullptr);
+    gate_->close();
     if (thread_ != nullptr) {
         thread_->post([guarded = std::move(guarded_)]() mutable { guarded.reset(); });
         thread_.reset();
@@ -114,7 +131,23 @@ Status GuardedMidi::connectSource(MidiObject port, MidiObject source, void* sour
 }
 
 std::string GuardedMidi::notice() const {
-    return thread_ == nullptr ? "MIDI does not answer: no notes are read" : "";
+    if (thread_ == nullptr) {
+        return kMidiDoesNotAnswer;
+    }
+    const std::lock_guard lock(gate_->mutex);
+    return gate_->notice;
+}
+
+/// The service itself is another thread's: what it says is kept at the gate.
+void GuardedMidi::onNotice(std::function<void()> changed) {
+    {
+        const std::lock_guard lock(gate_->mutex);
+        gate_->changed = std::move(changed);
+    }
+    ask<bool>(false, [gate = gate_.get()](MidiService& service) {
+        service.onNotice([gate, &service] { gate->setNotice(service.notice()); });
+        return true;
+    });
 }
 
 } // namespace zemo::platform

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <semaphore>
 #include <string>
 #include <thread>
@@ -21,6 +23,11 @@ namespace {
 constexpr Status kJackError = static_cast<Status>(fourCharCode("jack"));
 constexpr std::size_t kRingBytes = std::size_t{1} << 20; ///< some 50 000 short messages
 constexpr std::size_t kLongestMessage = 4096;            ///< bytes; the rest of a longer one is cut
+/// A call comes every few milliseconds. The clock may stand still meanwhile with the program, so
+/// looks are counted.
+constexpr std::chrono::milliseconds kLookInterval{100};
+constexpr int kMostLooksWithoutCall = 5;
+constexpr const char* kGone = "MIDI went away: no notes are read until ZEMO is started again";
 
 void saySilently(const char* /*text*/) {}
 
@@ -58,6 +65,7 @@ public:
         if (ring_ == nullptr || jack_set_process_callback(client_, process, this) != 0) {
             return kJackError;
         }
+        jack_on_shutdown(client_, shutDown, this);
         client = 1;
         return kNoError;
     }
@@ -92,14 +100,37 @@ public:
         return jack_connect(client_, sources_.at(source - 1).c_str(), jack_port_name(port_));
     }
 
+    void onNotice(std::function<void()> changed) override { changed_ = std::move(changed); }
+
+    std::string notice() const override {
+        switch (health_.load()) {
+        case Health::Silent:
+            return kMidiDoesNotAnswer;
+        case Health::Gone:
+            return kGone;
+        default:
+            return {};
+        }
+    }
+
 private:
+    enum class Health { Well, Silent, Gone };
+
     static int process(jack_nframes_t frames, void* context) {
         const RealTimeScope realTime;
         static_cast<JackMidi*>(context)->take(frames);
         return 0;
     }
 
+    /// [any] The server has ended, or has thrown this client out. Here nothing but a mark is safe.
+    static void shutDown(void* context) {
+        auto& self = *static_cast<JackMidi*>(context);
+        self.isGone_.store(true);
+        self.arrived_.release();
+    }
+
     void take(jack_nframes_t frames) {
+        calls_.fetch_add(1, std::memory_order_relaxed);
         void* const buffer = jack_port_get_buffer(port_, frames);
         const jack_nframes_t count = jack_midi_get_event_count(buffer);
         for (jack_nframes_t i = 0; i < count; ++i) {
@@ -124,18 +155,44 @@ private:
     }
 
     void readUntilTheEnd() {
-        std::array<char, kLongestMessage> bytes{};
         while (true) {
-            arrived_.acquire();
+            const bool hasArrived = arrived_.try_acquire_for(kLookInterval);
             if (ending_.load()) {
                 return;
             }
-            RingHeader header{};
-            jack_ringbuffer_read(ring_, reinterpret_cast<char*>(&header), sizeof header);
-            jack_ringbuffer_read(ring_, bytes.data(), header.length);
-            sender_.send(0, {reinterpret_cast<const std::uint8_t*>(bytes.data()), header.length},
-                         sourceContext_.load());
+            lookAfterServer(hasArrived);
+            readWaiting();
         }
+    }
+
+    void lookAfterServer(bool hasArrived) {
+        const std::uint64_t calls = calls_.load(std::memory_order_relaxed);
+        if (calls != seenCalls_) {
+            looksWithoutCall_ = 0;
+        } else if (!hasArrived) {
+            ++looksWithoutCall_;
+        }
+        seenCalls_ = calls;
+        const bool isSilent = looksWithoutCall_ >= kMostLooksWithoutCall;
+        const Health health = isGone_.load() ? Health::Gone
+                              : isSilent     ? Health::Silent
+                                             : Health::Well;
+        if (health_.exchange(health) != health && changed_) {
+            changed_();
+        }
+    }
+
+    /// One message, if a whole one is there.
+    void readWaiting() {
+        RingHeader header{};
+        jack_ringbuffer_peek(ring_, reinterpret_cast<char*>(&header), sizeof header);
+        if (jack_ringbuffer_read_space(ring_) < sizeof header + header.length) {
+            return;
+        }
+        jack_ringbuffer_read_advance(ring_, sizeof header);
+        jack_ringbuffer_read(ring_, bytes_.data(), header.length);
+        sender_.send(0, {reinterpret_cast<const std::uint8_t*>(bytes_.data()), header.length},
+                     sourceContext_.load());
     }
 
     jack_client_t* client_ = nullptr;
@@ -145,6 +202,14 @@ private:
     std::atomic<void*> sourceContext_{nullptr};
     std::counting_semaphore<> arrived_{0};
     std::atomic<bool> ending_{false};
+    std::atomic<bool> isGone_{false};
+    std::atomic<std::uint64_t> calls_{0};
+    std::atomic<Health> health_{Health::Well};
+    std::function<void()> changed_;
+    // Of the reading thread.
+    std::array<char, kLongestMessage> bytes_{};
+    std::uint64_t seenCalls_ = 0;
+    int looksWithoutCall_ = 0;
     MidiPacketSender sender_;
     std::thread thread_;
 };

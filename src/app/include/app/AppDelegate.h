@@ -168,9 +168,10 @@ public:
     void traceIdleCycle(std::int32_t left) override;
     void traceMissingBuffer() override;
 
-    // From the MIDI thread: both reach the widgets on this one, in their order. [midi]
+    // From the MIDI thread: all reach the widgets on this one, in their order. [midi]
     void playButtonPressedByMidi() override;
     void setPlayTitleByMidi() override;
+    void midiNoticeChanged() override;
 
     /// Opens a file as the open panel does with both its boxes unchecked.
     void openFileNamed(const QString& path);

@@ -17,6 +17,7 @@ public:
 
     virtual void playButtonPressedByMidi() = 0; ///< as the play button, with no sender
     virtual void setPlayTitleByMidi() = 0;      ///< the play button's title becomes that of a play
+    virtual void midiNoticeChanged() {}         ///< the service's notice is another one
 };
 
 /// The delegate of this process; null: nobody listens.

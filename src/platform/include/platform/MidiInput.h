@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "platform/AudioOutput.h"
@@ -38,8 +39,10 @@ public:
     virtual MidiObject source(long index) = 0; ///< [main] 0 up to numberOfSources()
     virtual Status connectSource(MidiObject port, MidiObject source,
                                  void* sourceContext) = 0; ///< [main]
-    /// [main] What the user should know about it, empty when all is well.
+    /// [any] What the user should know about it, empty when all is well.
     virtual std::string notice() const { return {}; }
+    /// [main] Before the port is made: `changed` is called [midi] when notice() becomes another.
+    virtual void onNotice(std::function<void()> /*changed*/) {}
 };
 
 } // namespace zemo::platform

@@ -6,6 +6,9 @@
 
 namespace zemo::platform {
 
+/// Of a service that hangs, or is there and gives no sign of life.
+inline constexpr const char* kMidiDoesNotAnswer = "MIDI does not answer: no notes are read";
+
 /// No MIDI at all: no sources, no failures.
 class EmptyMidi final : public MidiService {
 public:

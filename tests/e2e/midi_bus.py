@@ -1,0 +1,77 @@
+"""A MIDI bus: JACK's dummy driver, and a sender in a process of its own."""
+
+import os
+import subprocess
+import sys
+from pathlib import Path
+
+from servers import end, wait_for
+
+RATE = 48000
+SENDER = Path(__file__).with_name("midi_sender.py")
+
+
+class Sender:
+    """A MIDI source on the JACK server of an environment."""
+
+    def __init__(self, environment):
+        self._environment = os.environ | environment
+        self._process = wait_for(self._start, "the source is on the bus")
+
+    def _start(self):
+        process = subprocess.Popen([sys.executable, "-B", str(SENDER), "keyboard"],
+                                   env=self._environment, text=True, stdin=subprocess.PIPE,
+                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        if process.stdout.readline() == "ready\n":
+            return process
+        end(process)
+        process.stdin.close()
+        process.stdout.close()
+        return None
+
+    def _ask(self, command, messages):
+        self._process.stdin.write(f"{command} {' '.join(m.hex() for m in messages)}\n")
+        self._process.stdin.flush()
+        return self._process.stdout.readline().strip()
+
+    def send(self, *messages):
+        assert self._ask("send", messages) == "sent"
+
+    def latency(self, message):
+        """Seconds from the note's arrival to the first sound."""
+        return int(self._ask("latency", [message])) / RATE
+
+    def close(self):
+        """Also after the server was killed, when it may not end by itself."""
+        self._process.stdin.close()
+        try:
+            self._process.wait(2)
+        except subprocess.TimeoutExpired:
+            end(self._process)
+        self._process.stdout.close()
+
+
+class Bus:
+    """A JACK server and one MIDI source on it."""
+
+    def __init__(self, desktop, name, period):
+        self.environment = {"JACK_DEFAULT_SERVER": name, "JACK_NO_AUDIO_RESERVATION": "1"}
+        self._server = desktop.start(
+            ["jackd", "-r", "-n", name, "-d", "dummy", "-C", "0", "-P", "0", "-r", str(RATE),
+             "-p", str(period)], env=os.environ | self.environment, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL)
+        self._sender = Sender(self.environment)
+        self.send = self._sender.send
+        self.latency = self._sender.latency
+
+    def close(self):
+        self._sender.close()
+        end(self._server)
+
+
+def note_on(channel=0, velocity=64):
+    return bytes([0x90 | channel, 60, velocity])
+
+
+def note_off(channel=0):
+    return bytes([0x80 | channel, 60, 0])

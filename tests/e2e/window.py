@@ -161,6 +161,12 @@ class Program:
     def output(self):
         return self._output.read_text(encoding="utf-8", errors="replace")
 
+    def output_from(self, place):
+        """What it has said since, in bytes; `place` counts them from the beginning."""
+        with open(self._output, "rb") as output:
+            output.seek(place)
+            return output.read()
+
     def log(self):
         return self._log.read_text(encoding="utf-8", errors="replace")
 

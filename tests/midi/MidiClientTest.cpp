@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <random>
+#include <string>
 
 #include "platform_linux/LinuxMidi.h"
 #include "platform_linux/MidiPackets.h"
@@ -35,6 +37,7 @@ public:
     std::vector<std::string> messages;
     void playButtonPressedByMidi() override { messages.emplace_back("playButtonPressed"); }
     void setPlayTitleByMidi() override { messages.emplace_back("setPlayTitle"); }
+    void midiNoticeChanged() override { messages.emplace_back("midiNoticeChanged"); }
 };
 
 class Midi : public ::testing::Test {
@@ -77,6 +80,15 @@ TEST_F(Midi, ASourceThatCannotBeConnectedIsIgnored) {
     createMIDI(&bufferPlayer);
     EXPECT_EQ(platform.midi.calls.size(), 4U);
     EXPECT_TRUE(platform.alert.shown.empty());
+}
+
+TEST_F(Midi, ANoticeOfTheServiceIsPassedOn) {
+    createMIDI(&bufferPlayer);
+    platform.midi.noticeChanged();
+    EXPECT_EQ(delegate.messages, std::vector<std::string>{"midiNoticeChanged"});
+    midiDelegate = nullptr;
+    platform.midi.noticeChanged();
+    EXPECT_EQ(delegate.messages.size(), 1U) << "nobody listens";
 }
 
 TEST(MidiDeathTest, AClientThatCannotBeHadEndsTheProgram) {
@@ -187,6 +199,60 @@ TEST_F(Midi, AnyBytesAreReadWithoutHarm) {
         receive(list);
     }
     EXPECT_EQ(delegate.messages.size() % 2, 0U);
+}
+
+/// Packets of any length and content, of which some begin as note-ons do.
+std::vector<Bytes> randomPackets(std::mt19937& random) {
+    std::vector<Bytes> packets(random() % 6);
+    for (Bytes& data : packets) {
+        data.resize(random() % 64 == 0 ? random() % 0x10000 : random() % 6);
+        for (std::uint8_t& byte : data) {
+            byte = static_cast<std::uint8_t>(random());
+        }
+        if (!data.empty() && random() % 2 == 0) {
+            data[0] = 0x95;
+        }
+    }
+    return packets;
+}
+
+/// How many of the packets that lie whole within the first `size` bytes of their list play.
+std::size_t playsWithin(const std::vector<Bytes>& packets, std::size_t size) {
+    std::size_t played = 0;
+    std::size_t end = 4;
+    for (const Bytes& data : packets) {
+        end += 10 + data.size();
+        const bool isNoteOn = data.size() > 2 && data[0] >> 4U == 9 && (data[2] & 0x7FU) != 0;
+        played += end <= size && isNoteOn ? 1 : 0;
+    }
+    return played;
+}
+
+/// How many lists the environment asks for: many of them are a soak.
+int listsAskedFor() {
+    const char* const asked = std::getenv("ZEMO_MIDI_LISTS"); // NOLINT(concurrency-mt-unsafe)
+    return asked != nullptr ? std::stoi(asked) : 20000;
+}
+
+TEST_F(Midi, RandomListsPlayWhatIsWholeInThem) {
+    std::mt19937 random(2);
+    const int rounds = listsAskedFor();
+    for (int round = 0; round < rounds; ++round) {
+        const std::vector<Bytes> packets = randomPackets(random);
+        Bytes list = packetList(packets);
+        if (random() % 2 == 0) {
+            list.resize(random() % (list.size() + 1));
+        }
+        if (random() % 8 == 0 && list.size() >= 4) {
+            list[3] = 0xFF; // more packets than there are
+        }
+        const Bytes block(list); // of its own, so that a read past the list is one past the block
+        delegate.messages.clear();
+        platform.trace.out.clear();
+        platform.trace.all.clear();
+        receive(block);
+        ASSERT_EQ(plays(), playsWithin(packets, block.size())) << "list " << round;
+    }
 }
 
 TEST_F(Midi, TheServicesHandOverOneMessageAsOnePacket) {

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace zemo::platform {
@@ -23,6 +26,8 @@ struct Bus {
     std::atomic<int> connections{0};
     MidiReadProc read = nullptr;
     void* context = nullptr;
+    std::string notice;
+    std::function<void()> changed;
     std::promise<void> end;
     std::shared_future<void> ended = end.get_future().share();
 
@@ -69,6 +74,9 @@ public:
         ++bus_.connections;
         return bus_.status;
     }
+
+    std::string notice() const override { return bus_.notice; }
+    void onNotice(std::function<void()> changed) override { bus_.changed = std::move(changed); }
 
 private:
     Bus& bus_;
@@ -137,6 +145,31 @@ TEST_F(Guard, PassesMessagesOn) {
     bus_.send();
     bus_.send();
     EXPECT_EQ(received_, 2);
+}
+
+TEST_F(Guard, PassesEveryNoticeOn) {
+    make(kPatience);
+    int changes = 0;
+    midi_->onNotice([&] { ++changes; });
+    setUp();
+    for (const char* const notice : {"gone", ""}) {
+        bus_.notice = notice;
+        bus_.changed();
+        EXPECT_EQ(midi_->notice(), notice);
+    }
+    EXPECT_EQ(changes, 2);
+}
+
+TEST_F(Guard, SaysNothingMoreOfAServiceThatWasGivenUp) {
+    make(100ms);
+    int changes = 0;
+    midi_->onNotice([&] { ++changes; });
+    bus_.hangsInConnect = true;
+    expectGivenUp();
+    bus_.notice = "gone";
+    bus_.changed();
+    EXPECT_EQ(midi_->notice(), kNoAnswer);
+    EXPECT_EQ(changes, 0);
 }
 
 TEST_F(Guard, GivesAServiceUpThatDoesNotOpen) {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/Alert.h"
@@ -161,6 +162,7 @@ public:
     std::map<std::string, platform::Status> failures; ///< status by the name of the call
     std::vector<std::string> calls;
     platform::MidiReadProc read = nullptr;
+    std::function<void()> noticeChanged;
 
     platform::Status createClient(const char* name, platform::MidiObject& client) override;
     platform::Status createInputPort(platform::MidiObject client, const char* name,
@@ -172,6 +174,7 @@ public:
     }
     platform::Status connectSource(platform::MidiObject port, platform::MidiObject source,
                                    void* sourceContext) override;
+    void onNotice(std::function<void()> changed) override { noticeChanged = std::move(changed); }
 
 private:
     platform::Status called(const std::string& name, const std::string& detail);

@@ -31,6 +31,22 @@ protected:
     JackPlaces places_;
 };
 
+TEST_F(JackSockets, AnOpenOneTellsOfALivingServer) {
+    places_.sockets = places_.memory + "/sockets";
+    const auto isAliveWith = [this](const std::string& line) {
+        std::ofstream(places_.sockets) << "Num RefCount Path\n" << line << "\n";
+        return isJackServerAlive(places_);
+    };
+    const std::string path = "1: 2 0 1 1 3 4 " + places_.memory + "/jack_";
+    EXPECT_TRUE(isAliveWith(path + "studio_1000_0"));
+    EXPECT_TRUE(isAliveWith(path + "studio_0"));
+    EXPECT_FALSE(isAliveWith(path + "studio_1001_0"));
+    EXPECT_FALSE(isAliveWith(path + "studios_1000_0"));
+    EXPECT_FALSE(isAliveWith("1: 2 0 1 1 3 4 @" + places_.memory + "/jack_studio_0"));
+    places_.sockets += "-not-there";
+    EXPECT_FALSE(isJackServerAlive(places_));
+}
+
 TEST_F(JackSockets, WithoutOneThereIsNoServer) {
     EXPECT_FALSE(mayHaveJackServer(places_, kJack));
     places_.memory += "/not-there";

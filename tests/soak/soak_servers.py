@@ -7,7 +7,7 @@ import traceback
 import audio
 import case
 import meter
-from faults import METER_TOLERANCE, SILENT, TRUTH_SECONDS, Fault
+from faults import METER_TOLERANCE, SILENT, TRUTH_SECONDS, Fault, wait_for_sentence
 from servers import Desktop, wait_for
 from sound_servers import JackServer, PipeWireServer, PulseServer
 from window import PLAY, STOP
@@ -41,7 +41,7 @@ class Rig(case.SoundCase):
         seconds = watched.wait_for_truth()
         if silently:
             self.play()
-            self.window.wait_for_label(SILENT)
+            wait_for_sentence(self.window, SILENT)
             self.window.wait_for_title(PLAY)
         repair()
         recording.close()
@@ -90,6 +90,8 @@ class Rig(case.SoundCase):
         yield "killed", server.kill, server.start
         if hasattr(server, "remove_sink"):
             yield "unplugged", server.remove_sink, lambda: server.add_sink("out", server.rate)
+        if hasattr(server, "suspend"):
+            yield "suspended", server.suspend, server.resume
         yield "stands still", server.freeze, server.thaw
 
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform_linux/Device.h"
+#include "platform_linux/JackServer.h"
 
 namespace zemo::platform {
 namespace {
@@ -82,6 +83,8 @@ public:
         }
         run_ = std::move(run);
         stream_.reset(stream);
+        jackWasAlive_ = std::strcmp(cubeb_get_backend_id(context_.get()), "jack") == 0 &&
+                        isJackServerAlive(JackPlaces::ofThisProcess());
         return isHeard();
     }
 
@@ -90,6 +93,9 @@ public:
     void closeStream() override { stream_.reset(); }
 
     bool isHeard() override {
+        if (jackWasAlive_ && !isJackServerAlive(JackPlaces::ofThisProcess())) {
+            return false; // the library tells nobody
+        }
         cubeb_device* device = nullptr;
         if (stream_ == nullptr ||
             cubeb_stream_get_current_device(stream_.get(), &device) != CUBEB_OK) {
@@ -106,6 +112,7 @@ private:
     std::shared_ptr<DeviceRun> run_;
     std::unique_ptr<cubeb, ContextDeleter> context_;
     std::unique_ptr<cubeb_stream, StreamDeleter> stream_;
+    bool jackWasAlive_ = false; ///< as far as can be seen, when the stream was opened
 };
 
 } // namespace

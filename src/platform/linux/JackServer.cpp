@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 namespace zemo::platform {
@@ -18,6 +19,10 @@ std::string environment(const char* name) {
 bool isThere(const std::string& path) {
     std::error_code error;
     return std::filesystem::exists(path, error);
+}
+
+std::string prefixOf(const JackPlaces& places) {
+    return places.memory + "/jack_" + places.server + "_";
 }
 
 } // namespace
@@ -35,10 +40,22 @@ bool mayHaveJackServer(const JackPlaces& places, const std::string& libraryVersi
     if (!libraryVersion.starts_with("0.") && !libraryVersion.starts_with("1.")) {
         return true; // not JACK's own library
     }
-    const std::string prefix = places.memory + "/jack_" + places.server + "_";
+    const std::string prefix = prefixOf(places);
     // A server for one user, one for all users, and one of the first version of JACK.
     return isThere(prefix + places.user + "_0") || isThere(prefix + "0") ||
            isThere(places.memory + "/jack-" + places.user + "/" + places.server);
+}
+
+bool isJackServerAlive(const JackPlaces& places) {
+    const std::string prefix = prefixOf(places);
+    std::ifstream sockets(places.sockets);
+    for (std::string line; std::getline(sockets, line);) {
+        if (line.ends_with(" " + prefix + places.user + "_0") ||
+            line.ends_with(" " + prefix + "0")) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace zemo::platform

@@ -7,8 +7,9 @@ namespace zemo::platform {
 /// Where a JACK server leaves its socket.
 struct JackPlaces {
     std::string memory = "/dev/shm";
-    std::string server = "default"; ///< the server's name
-    std::string user;               ///< the user's number
+    std::string server = "default";         ///< the server's name
+    std::string user;                       ///< the user's number
+    std::string sockets = "/proc/net/unix"; ///< the kernel's list of those that are open
 
     static JackPlaces ofThisProcess(); ///< [any]
 };
@@ -18,5 +19,9 @@ struct JackPlaces {
 /// data base that all its clients share, and a program that is killed meanwhile leaves it locked
 /// for good. PipeWire's library has neither that data base nor that socket.
 bool mayHaveJackServer(const JackPlaces& places, const std::string& libraryVersion);
+
+/// [any] Whether a process has that server's socket open. Asks the kernel and not the server, so it
+/// never waits, and a server that was killed is seen at once.
+bool isJackServerAlive(const JackPlaces& places);
 
 } // namespace zemo::platform

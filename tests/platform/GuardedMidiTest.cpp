@@ -5,7 +5,6 @@
 #include <atomic>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace zemo::platform {
@@ -76,7 +75,7 @@ public:
     }
 
     std::string notice() const override { return bus_.notice; }
-    void onNotice(std::function<void()> changed) override { bus_.changed = std::move(changed); }
+    void onNotice(const std::function<void()>& changed) override { bus_.changed = changed; }
 
 private:
     Bus& bus_;

@@ -8,6 +8,7 @@ Its first line says what it does. Status 0: every outcome was as it should be.
 """
 
 import importlib
+import multiprocessing
 import signal
 import sys
 import traceback
@@ -42,6 +43,10 @@ class Table:
             self.add(fault, str(error) or type(error).__name__)
             return False
 
+    def merge(self, other):
+        self._rows |= other._rows
+        self.failed |= other.failed
+
     def print(self):
         print(f"{'fault':44} {'runs':>5} {'median s':>9} {'worst s':>8}  outcomes")
         for fault, (outcomes, times) in self._rows.items():
@@ -61,18 +66,49 @@ def usage():
     return 2
 
 
+def run_here(name, count, sender):
+    """A process's whole work: what assistive technology it takes up belongs to one desktop."""
+    table = Table()
+    try:
+        soak = importlib.import_module(f"soak_{name}")
+        soak.run(count or soak.COUNT, table)
+    except BaseException as error:
+        if not isinstance(error, KeyboardInterrupt):
+            traceback.print_exc()
+        table.failed = True
+    sender.send(table)
+
+
+def run_apart(name, count, table):
+    """Whether it came to its own end."""
+    receiver, sender = multiprocessing.Pipe(duplex=False)
+    process = multiprocessing.Process(target=run_here, args=(name, count, sender))
+    process.start()
+    sender.close()
+    interrupted = False
+    try:
+        receiver.poll(None)
+    except KeyboardInterrupt:
+        interrupted = True
+        process.terminate()
+    try:
+        table.merge(receiver.recv())
+    except EOFError:
+        table.failed = True
+    process.join()
+    table.failed |= interrupted
+    return not interrupted
+
+
 def main(arguments):
     names = soaks() if arguments[:1] == ["all"] else arguments[:1]
     if not names or not set(names) <= set(soaks()):
         return usage()
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     table = Table()
-    try:
-        for name in names:
-            soak = importlib.import_module(f"soak_{name}")
-            soak.run(int(arguments[1]) if len(arguments) > 1 else soak.COUNT, table)
-    except KeyboardInterrupt:
-        table.failed = True
+    for name in names:
+        if not run_apart(name, int(arguments[1]) if len(arguments) > 1 else None, table):
+            break
     table.print()
     return 1 if table.failed else 0
 

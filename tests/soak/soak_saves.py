@@ -1,10 +1,11 @@
 """Kills zemo-batch so often while it overwrites a file, and looks for a torn one."""
 
-import os
 import sys
 import tempfile
 import time
 from pathlib import Path
+
+from window import PROGRAM
 
 sys.path.append(str(Path(__file__).resolve().parent.parent / "save"))
 import kill_while_saving  # noqa: E402, beside the tests of saving
@@ -35,7 +36,7 @@ def next_save_works(overwriting):
 
 
 def run(count, table):
-    program = Path(os.environ["ZEMO_PROGRAM"]).with_name("zemo-batch").resolve()
+    program = Path(PROGRAM).with_name("zemo-batch").resolve()
     with tempfile.TemporaryDirectory(prefix="zemo-kill-") as name:
         overwriting = kill_while_saving.Overwriting(program, Path(name), MEBIBYTES)
         for first in range(0, count, SLICE):

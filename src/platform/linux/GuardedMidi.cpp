@@ -139,10 +139,10 @@ std::string GuardedMidi::notice() const {
 }
 
 /// The service itself is another thread's: what it says is kept at the gate.
-void GuardedMidi::onNotice(std::function<void()> changed) {
+void GuardedMidi::onNotice(const std::function<void()>& changed) {
     {
         const std::lock_guard lock(gate_->mutex);
-        gate_->changed = std::move(changed);
+        gate_->changed = changed;
     }
     ask<bool>(false, [gate = gate_.get()](MidiService& service) {
         service.onNotice([gate, &service] { gate->setNotice(service.notice()); });

@@ -100,7 +100,7 @@ public:
         return jack_connect(client_, sources_.at(source - 1).c_str(), jack_port_name(port_));
     }
 
-    void onNotice(std::function<void()> changed) override { changed_ = std::move(changed); }
+    void onNotice(const std::function<void()>& changed) override { changed_ = changed; }
 
     std::string notice() const override {
         switch (health_.load()) {

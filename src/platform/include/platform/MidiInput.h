@@ -42,7 +42,7 @@ public:
     /// [any] What the user should know about it, empty when all is well.
     virtual std::string notice() const { return {}; }
     /// [main] Before the port is made: `changed` is called [midi] when notice() becomes another.
-    virtual void onNotice(std::function<void()> /*changed*/) {}
+    virtual void onNotice(const std::function<void()>& /*changed*/) {}
 };
 
 } // namespace zemo::platform

@@ -4,7 +4,6 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/Alert.h"
@@ -174,7 +173,7 @@ public:
     }
     platform::Status connectSource(platform::MidiObject port, platform::MidiObject source,
                                    void* sourceContext) override;
-    void onNotice(std::function<void()> changed) override { noticeChanged = std::move(changed); }
+    void onNotice(const std::function<void()>& changed) override { noticeChanged = changed; }
 
 private:
     platform::Status called(const std::string& name, const std::string& detail);

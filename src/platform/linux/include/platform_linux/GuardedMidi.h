@@ -36,7 +36,7 @@ public:
     MidiObject source(long index) override;
     Status connectSource(MidiObject port, MidiObject source, void* sourceContext) override;
     std::string notice() const override;
-    void onNotice(std::function<void()> changed) override;
+    void onNotice(const std::function<void()>& changed) override;
 
 private:
     struct Gate;

@@ -164,8 +164,8 @@ class JackServer:
     def start(self):
         name = self.environment["JACK_DEFAULT_SERVER"]
         self._process = self._desktop.start(
-            ["jackd", "-r", "-n", name, "-d", "dummy", "-C", "0", "-P", "0", "-r", str(self.rate),
-             "-p", str(self._period)], env=os.environ | self.environment,
+            ["jackd", "-r", "-t", "5000", "-n", name, "-d", "dummy", "-C", "0", "-P", "0",
+             "-r", str(self.rate), "-p", str(self._period)], env=os.environ | self.environment,
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         wait_for(lambda: _run(["jack_lsp"], self.environment).returncode == 0, "jackd runs")
 

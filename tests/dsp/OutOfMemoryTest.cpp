@@ -1,7 +1,5 @@
-#include <cerrno>
 #include <cstdlib>
 #include <functional>
-#include <new>
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -15,46 +13,15 @@
 #include "dsp/Resampler.h"
 #include "dsp/Revert.h"
 #include "dsp/SingleSideband.h"
-
-/// The next large block that is asked for but this many is refused; small ones are not counted:
-/// they hold texts, and the system gives those from what it has.
-static constinit long largeBlocksLeft = -1;
-
-static bool isRefused(std::size_t bytes) {
-    constexpr std::size_t kLarge = 4096;
-    return bytes >= kLarge && largeBlocksLeft >= 0 && largeBlocksLeft-- == 0;
-}
-
-extern "C" void* __real_calloc(std::size_t count, std::size_t size);
-extern "C" void* __wrap_calloc(std::size_t count, std::size_t size) {
-    return isRefused(count * size) ? nullptr : __real_calloc(count, size);
-}
-
-extern "C" int __real_posix_memalign(void** block, std::size_t alignment, std::size_t bytes);
-extern "C" int __wrap_posix_memalign(void** block, std::size_t alignment, std::size_t bytes) {
-    return isRefused(bytes) ? ENOMEM : __real_posix_memalign(block, alignment, bytes);
-}
-
-void* operator new(std::size_t bytes) {
-    void* const block = isRefused(bytes) ? nullptr : std::malloc(bytes);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    return block;
-}
-
-void operator delete(void* block) noexcept {
-    std::free(block);
-}
-
-void operator delete(void* block, std::size_t /*bytes*/) noexcept {
-    std::free(block);
-}
+#include "support/FailingAllocator.h"
 
 namespace zemo::test {
 namespace {
 
 constexpr const char* kSentence = "There is not enough memory for this transformation.";
+
+/// Blocks that hold samples, and not texts.
+constexpr std::size_t kLarge = 4096;
 
 /// What must be as it was after a refusal.
 struct Everything {
@@ -77,11 +44,10 @@ struct Everything {
 int refuseEachBlockInTurn(const std::function<Refusal()>& function) {
     for (long n = 0; n < 100; ++n) {
         const Everything before;
-        largeBlocksLeft = n;
+        FailingMemory failing({.after = static_cast<std::size_t>(n), .atLeastBytes = kLarge});
         const Refusal refusal = function();
-        const bool reached = largeBlocksLeft < 0;
-        largeBlocksLeft = -1;
-        if (!reached) {
+        failing.end();
+        if (!failing.hasFailed()) {
             EXPECT_FALSE(refusal.has_value());
             return static_cast<int>(n);
         }
@@ -136,7 +102,7 @@ TEST_F(OutOfMemory, ARefusedTransformationLeavesTheCopyForRevert) {
     undo_struct undo;
     ASSERT_TRUE(make_revert(undo, fBuffer.load(), 100));
     const float* const block = undo.buf.get();
-    largeBlocksLeft = 0;
+    const FailingMemory failing({.after = 0, .atLeastBytes = kLarge});
     EXPECT_TRUE(amBuffer(440.0F, 1.0F, &undo).has_value());
     EXPECT_TRUE(resampleBuffer(-1.0F, &undo).has_value());
     EXPECT_EQ(undo.buf.get(), block);
@@ -147,8 +113,9 @@ TEST_F(OutOfMemory, ACopyForRevertIsNotTakenAndTheOldOneStays) {
     undo_struct undo;
     ASSERT_TRUE(make_revert(undo, fBuffer.load(), 100));
     const Sound kept(undo.buf.get(), undo.buf.get() + 100);
-    largeBlocksLeft = 0;
+    FailingMemory failing({.after = 0, .atLeastBytes = kLarge});
     EXPECT_FALSE(make_revert(undo, fBuffer.load(), fBuffersize.load()));
+    failing.end();
     EXPECT_EQ(undo.bufsize, 100);
     EXPECT_TRUE(sameBits(Sound(undo.buf.get(), undo.buf.get() + 100), kept));
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "platform/Format.h"
 #include "platform/Progress.h"
@@ -77,11 +78,10 @@ int AtomicFile::create(const std::string& path) {
 
 int AtomicFile::openTemporary(const std::string& folder) {
     for (int attempt = 0; attempt < kMostNames; ++attempt) {
-        const std::string name =
-            folder + platform::format(".zemo-%016lx", operations_->uniqueNumber());
+        std::string name = folder + platform::format(".zemo-%016lx", operations_->uniqueNumber());
         const int result = uninterrupted([&] { return operations_->create(name); });
         if (result >= 0) {
-            temporary_ = name;
+            temporary_ = std::move(name);
             descriptor_ = result;
             return 0;
         }
@@ -171,12 +171,13 @@ int AtomicFile::close() {
 }
 
 int AtomicFile::replaceTarget() {
+    const std::string folder = folderOf(target_); // once the target is new there is no way back
     const int result = uninterrupted([this] { return operations_->rename(temporary_, target_); });
     if (result != 0) {
         return errorOf(result);
     }
     temporary_.clear();
-    return errorOf(uninterrupted([this] { return operations_->syncFolder(folderOf(target_)); }));
+    return errorOf(uninterrupted([&] { return operations_->syncFolder(folder); }));
 }
 
 WriteOutcome writeAtomically(const std::string& path, std::span<const std::uint8_t> head,

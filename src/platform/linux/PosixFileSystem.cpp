@@ -12,8 +12,27 @@ namespace {
 
 class PosixFileStream final : public FileStream {
 public:
-    PosixFileStream(int descriptor, std::uint64_t size) : descriptor_(descriptor), size_(size) {}
-    ~PosixFileStream() override { ::close(descriptor_); }
+    PosixFileStream() = default;
+    ~PosixFileStream() override {
+        if (descriptor_ >= 0) {
+            ::close(descriptor_);
+        }
+    }
+
+    /// Opens a regular file; 0 or the system's error number.
+    int open(const std::string& path) {
+        // Not blocking: a pipe without a writer would hold the program.
+        descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        struct stat status {};
+        if (descriptor_ < 0 || ::fstat(descriptor_, &status) != 0) {
+            return errno;
+        }
+        size_ = static_cast<std::uint64_t>(status.st_size);
+        if (S_ISREG(status.st_mode)) {
+            return 0;
+        }
+        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    }
 
     std::uint64_t size() const override { return size_; }
 
@@ -36,35 +55,20 @@ public:
     }
 
 private:
-    int descriptor_;
-    std::uint64_t size_;
+    int descriptor_ = -1;
+    std::uint64_t size_ = 0;
 };
-
-int openRegularFile(const std::string& path, struct stat& status, int& error) {
-    // Not blocking: a pipe without a writer would hold the program.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
-        error = errno;
-        return -1;
-    }
-    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
-        return descriptor;
-    }
-    error = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    ::close(descriptor);
-    return -1;
-}
 
 } // namespace
 
 std::unique_ptr<FileStream> PosixFileSystem::openForReading(const std::string& path, int& error) {
-    struct stat status {};
-    const int descriptor = openRegularFile(path, status, error);
-    if (descriptor < 0) {
+    auto stream = std::make_unique<PosixFileStream>(); // first: later the descriptor could be lost
+    const int failure = stream->open(path);
+    if (failure != 0) {
+        error = failure;
         return nullptr;
     }
-    return std::make_unique<PosixFileStream>(descriptor,
-                                             static_cast<std::uint64_t>(status.st_size));
+    return stream;
 }
 
 } // namespace zemo::platform

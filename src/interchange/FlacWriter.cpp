@@ -7,6 +7,8 @@
 
 #include <sndfile.h>
 
+#include "LibraryMemory.h"
+
 namespace zemo {
 
 /// The file as libsndfile sees it. At the end it goes back and mends the head; nothing is read.
@@ -69,6 +71,7 @@ int stepOf(float sample) {
 } // namespace
 
 FlacWriter::FlacWriter(AtomicFile& file, std::uint32_t rate) : sink_{&file} {
+    requireRoomForLibraries();
     SF_VIRTUAL_IO calls{SinkCalls::length, SinkCalls::seek, SinkCalls::read, SinkCalls::write,
                         SinkCalls::tell};
     SF_INFO info{};
@@ -85,6 +88,7 @@ FlacWriter::~FlacWriter() {
 }
 
 int FlacWriter::write(std::span<const float> samples) {
+    requireRoomForLibraries();
     steps_.resize(samples.size());
     for (std::size_t i = 0; i < samples.size(); ++i) {
         clipped_ += std::fabs(samples[i]) > 1.0F ? 1 : 0;
@@ -96,6 +100,7 @@ int FlacWriter::write(std::span<const float> samples) {
 }
 
 int FlacWriter::finish() {
+    requireRoomForLibraries();
     const bool closed = file_ != nullptr && ::sf_close(file_) == 0;
     file_ = nullptr;
     return sink_.error != 0 || closed ? sink_.error : EIO;

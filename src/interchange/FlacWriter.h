@@ -20,13 +20,13 @@ public:
     }
     static constexpr std::int64_t kMostSamples = (std::int64_t{1} << 36) - 1;
 
-    FlacWriter(AtomicFile& file, std::uint32_t rate);
+    FlacWriter(AtomicFile& file, std::uint32_t rate); ///< may throw bad_alloc, as the others
     FlacWriter(const FlacWriter&) = delete;
     FlacWriter& operator=(const FlacWriter&) = delete;
     ~FlacWriter();
 
     /// Each returns 0 or the system's error number; EIO also where the encoder gives up.
-    int write(std::span<const float> samples); ///< none of them a NaN. May throw bad_alloc.
+    int write(std::span<const float> samples); ///< none of them a NaN
     int finish();
 
     std::int64_t clipped() const noexcept { return clipped_; }

@@ -4,6 +4,7 @@
 
 #include <soxr.h>
 
+#include "LibraryMemory.h"
 #include "platform/Progress.h"
 
 namespace zemo {
@@ -19,6 +20,7 @@ void RateConverter::Delete::operator()(soxr* converter) const noexcept {
 
 /// In double precision throughout; floats are rounded once, at the end.
 RateConverter::RateConverter(double from, double to) {
+    requireRoomForLibraries();
     const soxr_io_spec_t types = ::soxr_io_spec(SOXR_FLOAT64_I, SOXR_FLOAT32_I);
     const soxr_quality_spec_t quality = ::soxr_quality_spec(SOXR_VHQ, 0);
     const soxr_runtime_spec_t run = ::soxr_runtime_spec(1);
@@ -27,6 +29,7 @@ RateConverter::RateConverter(double from, double to) {
 
 std::optional<RateConverter::Counts> RateConverter::step(std::span<const double> samples,
                                                          SampleChain& chain) {
+    requireRoomForLibraries();
     std::span<float> room = chain.room();
     room = room.first(std::min(room.size(), kMostAtOnce));
     const double* const from = samples.empty() ? nullptr : samples.data(); // null: no more come

@@ -14,7 +14,7 @@ namespace zemo {
 /// A stream of samples from one rate to another, band-limited, without delay. [worker]
 class RateConverter {
 public:
-    RateConverter(double from, double to); ///< hertz
+    RateConverter(double from, double to); ///< hertz. May throw bad_alloc.
     bool isReady() const noexcept { return converter_ != nullptr; }
 
     /// Appends what `samples` become to `chain`. False: there is no memory. True with less than all

@@ -6,6 +6,7 @@
 
 #include <sndfile.h>
 
+#include "LibraryMemory.h"
 #include "platform/Format.h"
 #include "platform/Progress.h"
 #include "platform/Services.h"
@@ -106,6 +107,7 @@ platform::Result<std::unique_ptr<SoundFileReader>> SoundFileReader::open(const s
 }
 
 bool SoundFileReader::begin() {
+    requireRoomForLibraries();
     SF_VIRTUAL_IO calls{SourceCalls::length, SourceCalls::seek, SourceCalls::read,
                         SourceCalls::write, SourceCalls::tell};
     SF_INFO info{};
@@ -137,12 +139,14 @@ Error SoundFileReader::refusal() const {
 }
 
 std::size_t SoundFileReader::read(std::span<float> values) {
+    requireRoomForLibraries();
     const auto frames = static_cast<sf_count_t>(values.size()) / description_.channels;
     return static_cast<std::size_t>(
         std::max<sf_count_t>(::sf_readf_float(file_, values.data(), frames), 0));
 }
 
 std::size_t SoundFileReader::read(std::span<double> values) {
+    requireRoomForLibraries();
     const auto frames = static_cast<sf_count_t>(values.size()) / description_.channels;
     return static_cast<std::size_t>(
         std::max<sf_count_t>(::sf_readf_double(file_, values.data(), frames), 0));

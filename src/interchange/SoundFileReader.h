@@ -13,7 +13,8 @@ struct sf_private_tag;
 
 namespace zemo {
 
-/// A sound file opened for decoding from its first frame to its last. [main], [worker]
+/// A sound file opened for decoding from its first frame to its last. Opening and reading throw
+/// std::bad_alloc. [main], [worker]
 class SoundFileReader {
 public:
     static platform::Result<std::unique_ptr<SoundFileReader>> open(const std::string& path);

@@ -29,4 +29,11 @@ std::uint64_t LinuxMemory::availableBytes() {
     return UINT64_MAX;
 }
 
+/// Only the addresses are asked for: nothing is touched.
+bool LinuxMemory::isGranted(std::size_t bytes) {
+    void* const block =
+        ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return block != MAP_FAILED && ::munmap(block, bytes) == 0;
+}
+
 } // namespace zemo::platform

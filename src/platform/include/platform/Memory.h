@@ -19,6 +19,10 @@ public:
     /// [main], [worker] About how many bytes more the system can give without taking them from
     /// others; the greatest number where it does not say.
     virtual std::uint64_t availableBytes() { return UINT64_MAX; }
+
+    /// [main], [worker] Whether the process is given a block of that many bytes, which goes back at
+    /// once.
+    virtual bool isGranted(std::size_t /*bytes*/) { return true; }
 };
 
 } // namespace zemo::platform

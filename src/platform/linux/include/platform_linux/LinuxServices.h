@@ -29,6 +29,7 @@ class LinuxMemory final : public Memory {
 public:
     void preferLargePages(void* block, std::size_t bytes) override;
     std::uint64_t availableBytes() override;
+    bool isGranted(std::size_t bytes) override;
 };
 
 class ThreadWorkers final : public Workers {

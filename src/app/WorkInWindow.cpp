@@ -4,10 +4,13 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QTimer>
+#include <atomic>
 #include <chrono>
+#include <exception>
 #include <semaphore>
-#include <system_error>
 #include <thread>
+
+#include "platform/OutOfMemory.h"
 
 namespace zemo {
 namespace {
@@ -52,17 +55,21 @@ bool WorkInWindow::run(const Work& work, platform::Cancel cancel) {
     const Restored<platform::Progress*> restored(progress_);
     progress_ = &progress;
     std::binary_semaphore done(0);
+    std::atomic<bool> hasEnded{false};
     QEventLoop events;
     const auto workAndTell = [&] {
         const platform::ProgressScope scope(&progress);
         work();
+        hasEnded = true;
         done.release();
-        QMetaObject::invokeMethod(&events, &QEventLoop::quit, Qt::QueuedConnection);
+        platform::unlessOutOfMemory(
+            [&] { QMetaObject::invokeMethod(&events, &QEventLoop::quit, Qt::QueuedConnection); },
+            [] {}); // the next look sees it
     };
     std::jthread worker;
     try {
         worker = std::jthread(workAndTell);
-    } catch (const std::system_error&) { // no thread is to be had
+    } catch (const std::exception&) { // no thread is to be had, or no memory for one
         workAndTell();
     }
     if (done.try_acquire_for(kUnnoticed)) {
@@ -72,7 +79,9 @@ bool WorkInWindow::run(const Work& work, platform::Cancel cancel) {
     QElapsedTimer since;
     since.start();
     connect(&looks, &QTimer::timeout, this, [&] {
-        if (since.hasExpired(std::chrono::milliseconds(kPatience).count())) {
+        if (hasEnded) {
+            events.quit();
+        } else if (since.hasExpired(std::chrono::milliseconds(kPatience).count())) {
             showPanel(progress, cancel);
         }
     });

@@ -7,6 +7,7 @@
 #include "files/SoundLoader.h"
 #include "interchange/Import.h"
 #include "platform/Alert.h"
+#include "platform/OutOfMemory.h"
 #include "platform/Services.h"
 #include "platform_linux/LinuxServices.h"
 #include "playback/OutputUnit.h"
@@ -20,9 +21,13 @@ constexpr double kDefaultRate = 44100.0;
 class BatchAlert final : public platform::Alert {
     void runCritical(const std::string& /*title*/, const std::string& message,
                      const std::string& /*button*/) override {
-        std::string line = message;
-        std::replace(line.begin(), line.end(), '\n', ' ');
-        complain(stepUnderWay() + ": " + line);
+        platform::unlessOutOfMemory(
+            [&] {
+                std::string line = message;
+                std::replace(line.begin(), line.end(), '\n', ' ');
+                complainOfStep({line});
+            },
+            [&] { complainOfStep({message}); });
     }
 };
 
@@ -60,14 +65,31 @@ int runSteps(const CommandLine& line) {
     createOutputUnit(&bufferPlayer);
     StepRunner runner(output);
     const bool done = std::all_of(line.steps.begin(), line.steps.end(),
-                                  [&](const Step& step) { return std::visit(runner, step); });
+                                  [&](const Step& step) { return runner.run(step); });
     bufferPlayer.outputUnit = nullptr;
     return done ? kDone : kStepFailed;
 }
 
+int runCommandLine(const std::vector<std::string>& words) {
+    std::string complaint;
+    const auto line = parseCommandLine(words, complaint);
+    if (!line) {
+        complain({complaint, " See zemo-batch --help."});
+        return kWrongCommandLine;
+    }
+    if (line->help || line->version) {
+        platform::services().trace->print(line->help ? usage() : "zemo-batch " ZEMO_VERSION "\n");
+        return kDone;
+    }
+    for (const std::string& notice : line->notices) {
+        complain({notice});
+    }
+    return runSteps(*line);
+}
+
 } // namespace
 
-int runBatch(const std::vector<std::string>& words) {
+int runBatch(std::span<char* const> words) {
     platform::SteadyClock clock;
     platform::PosixFileOperations fileOperations;
     platform::PosixFileSystem fileSystem;
@@ -85,20 +107,14 @@ int runBatch(const std::vector<std::string>& words) {
                             .trace = &trace,
                             .memory = &memory,
                             .workers = &workers};
-    std::string complaint;
-    const auto line = parseCommandLine(words, complaint);
-    if (!line) {
-        complain(complaint + " See zemo-batch --help.");
-        return kWrongCommandLine;
-    }
-    if (line->help || line->version) {
-        trace.print(line->help ? usage() : "zemo-batch " ZEMO_VERSION "\n");
-        return kDone;
-    }
-    for (const std::string& notice : line->notices) {
-        complain(notice);
-    }
-    return runSteps(*line);
+    return platform::unlessOutOfMemory(
+        [&] {
+            return runCommandLine({words.begin(), words.end()});
+        },
+        [] {
+            complain({"There is not enough memory for this command line."});
+            return int{kStepFailed};
+        });
 }
 
 } // namespace zemo::batch

@@ -1,9 +1,12 @@
 #include "batch/StepRunner.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <system_error>
+#include <type_traits>
 
 #include "dsp/AmplitudeModulation.h"
 #include "dsp/HarmonicProcessor.h"
@@ -18,6 +21,7 @@
 #include "interchange/Import.h"
 #include "platform/Clock.h"
 #include "platform/Format.h"
+#include "platform/OutOfMemory.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
 #include "platform_linux/LinuxAudioOutput.h"
@@ -32,10 +36,17 @@ namespace {
 using namespace std::chrono_literals;
 using platform::format;
 
+constexpr const char* kNoMemoryForStep = "there is not enough memory for it.";
+
 /// Of a step whose parameters are clamped instead.
 const Refusal kNeverRefused;
 
-std::string underWay; ///< the step and its file
+/// The step that is being done and its file, kept where they are.
+struct UnderWay {
+    std::string_view step;
+    std::string_view file;
+};
+constinit UnderWay underWay;
 
 platform::TraceLog& trace() {
     return *platform::services().trace;
@@ -72,12 +83,47 @@ std::span<const float> sound() {
 }
 
 /// True when the file was written; otherwise the reason was said.
-bool written(const std::string& step, const std::string& file, const WriteOutcome& outcome) {
+bool written(const WriteOutcome& outcome) {
     if (!outcome.done()) {
         const int error = outcome.createError + outcome.writeError + outcome.closeError;
-        complain(step + " " + file + ": " + std::generic_category().message(error) + ".");
+        complainOfStep({std::generic_category().message(error), "."});
     }
     return outcome.done();
+}
+
+bool hasSound() {
+    if (fBuffersize.load() == 0) {
+        complainOfStep({"there is no sound."});
+    }
+    return fBuffersize.load() > 0;
+}
+
+/// A number as %.15g prints it, without memory of its own.
+class Digits {
+public:
+    template <typename Number> explicit Digits(Number number) {
+        char* const end = digits_.data() + digits_.size();
+        if constexpr (std::is_floating_point_v<Number>) {
+            end_ = std::to_chars(digits_.data(), end, number, std::chars_format::general, 15).ptr;
+        } else {
+            end_ = std::to_chars(digits_.data(), end, number).ptr;
+        }
+    }
+    operator std::string_view() const { return {digits_.data(), end_}; }
+
+private:
+    std::array<char, 32> digits_{};
+    const char* end_ = nullptr;
+};
+
+/// The sound is new by then, so that this must not ask for memory.
+void printSource(const SoundFileDescription& source) {
+    const Digits channels(source.channels);
+    const Digits rate(source.rate);
+    for (const std::string_view part : std::initializer_list<std::string_view>{
+             "imported ", source.format, "\nchannels ", channels, "\nrate ", rate, "\n"}) {
+        trace().print(part);
+    }
 }
 
 bool writeLevels(const std::string& file, const std::vector<float>& levels) {
@@ -85,8 +131,8 @@ bool writeLevels(const std::string& file, const std::vector<float>& levels) {
     for (const float level : levels) {
         text += format("%.9g\n", static_cast<double>(level));
     }
-    return written("render levels", file,
-                   writeAtomically(absolutePath(file), {}, std::as_bytes(std::span(text))));
+    underWay = {"render levels", file};
+    return written(writeAtomically(absolutePath(file), {}, std::as_bytes(std::span(text))));
 }
 
 struct Statistics {
@@ -114,42 +160,60 @@ Statistics measure(std::span<const float> samples) {
 
 } // namespace
 
-void complain(const std::string& sentence) {
-    trace().printError("zemo-batch: " + sentence + "\n");
-}
-
-const std::string& stepUnderWay() {
-    return underWay;
-}
-
-bool StepRunner::hasSound(const std::string& step) const {
-    if (fBuffersize.load() == 0) {
-        complain(step + ": there is no sound.");
+void complain(std::initializer_list<std::string_view> parts) {
+    trace().printError("zemo-batch: ");
+    for (const std::string_view part : parts) {
+        trace().printError(part);
     }
-    return fBuffersize.load() > 0;
+    trace().printError("\n");
+}
+
+void complainOfStep(std::initializer_list<std::string_view> parts) {
+    trace().printError("zemo-batch: ");
+    for (const std::string_view part :
+         {underWay.step, std::string_view(underWay.file.empty() ? "" : " "), underWay.file,
+          std::string_view(": ")}) {
+        trace().printError(part);
+    }
+    for (const std::string_view part : parts) {
+        trace().printError(part);
+    }
+    trace().printError("\n");
+}
+
+bool StepRunner::run(const Step& step) {
+    underWay = {};
+    const bool done = platform::unlessOutOfMemory([&] { return std::visit(*this, step); },
+                                                  [] {
+                                                      complainOfStep({kNoMemoryForStep});
+                                                      return false;
+                                                  });
+    underWay = {}; // its names may go now
+    return done;
 }
 
 bool StepRunner::operator()(const OpenStep& step) {
-    underWay = "open " + step.file;
+    underWay = {"open", step.file};
     const FileUrl url(absolutePath(step.file));
     const OpenResult result = openByExtension(url, step.swap);
     float peak = 0.0F;
-    finishOpening(url.path(), &peak, step.normalize);
+    const bool finished = finishOpening(url.path(), &peak, step.normalize);
     if (!result.loaded) {
-        complain(underWay + ": the file was not opened (" + result.status + ").");
+        complainOfStep({"the file was not opened (", result.status, ")."});
     }
-    return result.loaded;
+    return result.loaded && finished;
 }
 
 template <typename Transformation>
-bool StepRunner::transform(const std::string& step, const Refusal& refusal,
+bool StepRunner::transform(std::string_view step, const Refusal& refusal,
                            Transformation transformation) {
-    if (!hasSound(step)) {
+    underWay = {step, {}};
+    if (!hasSound()) {
         return false;
     }
     const Refusal reason = refusal ? refusal : transformation();
     if (reason) {
-        complain(step + ": " + reason->sentence);
+        complainOfStep({reason->sentence});
     }
     return !reason;
 }
@@ -184,63 +248,62 @@ bool StepRunner::operator()(const HdStep& step) {
 }
 
 bool StepRunner::operator()(const RevertStep& /*step*/) {
+    underWay = {"revert", {}};
     revert(undo_);
     return true;
 }
 
 bool StepRunner::operator()(const SaveStep& step) {
-    underWay = "save " + step.file;
-    if (!hasSound(underWay)) {
+    underWay = {"save", step.file};
+    if (!hasSound()) {
         return false;
     }
     const bool saved = saveSound(FileUrl(absolutePath(step.file)));
     if (!saved) {
-        complain(underWay + ": the file was not saved.");
+        complainOfStep({"the file was not saved."});
     }
     return saved;
 }
 
 bool StepRunner::operator()(const ImportStep& step) {
-    underWay = "import " + step.file;
+    underWay = {"import", step.file};
     const auto result = importSound(FileUrl(absolutePath(step.file)));
     if (!result) {
-        complain(underWay + ": " + result.error().sentence);
+        complainOfStep({result.error().sentence});
         return false;
     }
-    const Imported& imported = result.value();
-    trace().print(format("imported %s\nchannels %d\nrate %.15g\n", imported.source.format.c_str(),
-                         imported.source.channels, imported.source.rate));
-    if (imported.incomplete) {
-        complain(underWay + ": the file is cut off or damaged; what could be read was imported.");
+    printSource(result.value().source);
+    if (result.value().incomplete) {
+        complainOfStep({"the file is cut off or damaged; what could be read was imported."});
     }
     return true;
 }
 
 bool StepRunner::operator()(const ExportStep& step) {
-    underWay = "export " + step.file;
-    if (!hasSound(underWay)) {
+    underWay = {"export", step.file};
+    if (!hasSound()) {
         return false;
     }
     const auto result = exportSound(FileUrl(absolutePath(step.file)));
     if (!result) {
-        complain(underWay + ": " + result.error().sentence);
+        complainOfStep({result.error().sentence});
         return false;
     }
     if (result.value().clipped > 0) {
-        complain(format("%s: %ld samples beyond full scale were clipped.", underWay.c_str(),
-                        result.value().clipped));
+        complainOfStep(
+            {Digits(result.value().clipped), " samples beyond full scale were clipped."});
     }
     return true;
 }
 
 bool StepRunner::operator()(const DumpStep& step) {
-    return written("dump", step.file,
-                   writeAtomically(absolutePath(step.file), {}, std::as_bytes(sound())));
+    underWay = {"dump", step.file};
+    return written(writeAtomically(absolutePath(step.file), {}, std::as_bytes(sound())));
 }
 
 bool StepRunner::operator()(const RenderStep& step) {
-    underWay = "render " + step.file;
-    if (!hasSound(underWay)) {
+    underWay = {"render", step.file};
+    if (!hasSound()) {
         return false;
     }
     RenderMessageQueue queue;
@@ -256,15 +319,14 @@ bool StepRunner::operator()(const RenderStep& step) {
         levels.push_back(value.load());
     }
     const auto bytes = std::as_bytes(std::span(rendered));
-    return written("render", step.file,
-                   writeAtomically(absolutePath(step.file), cafHeader(streamFormat, bytes.size()),
+    return written(writeAtomically(absolutePath(step.file), cafHeader(streamFormat, bytes.size()),
                                    bytes)) &&
            (step.levels.empty() || writeLevels(step.levels, levels));
 }
 
 bool StepRunner::operator()(const PlayStep& /*step*/) {
-    underWay = "play";
-    if (!hasSound(underWay)) {
+    underWay = {"play", {}};
+    if (!hasSound()) {
         return false;
     }
     platform::LinuxOutputUnit device(R);
@@ -287,6 +349,7 @@ bool StepRunner::operator()(const PlayStep& /*step*/) {
 }
 
 bool StepRunner::operator()(const InfoStep& /*step*/) {
+    underWay = {"info", {}};
     const Statistics found = measure(sound());
     const std::int64_t count = fBuffersize.load();
     trace().print(format("samples %ld\nseconds %.6f\npeak %.9g\nrms %.9g\nnon-finite %ld\n"

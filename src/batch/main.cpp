@@ -2,5 +2,6 @@
 #include "platform_linux/CallThread.h"
 
 int main(int argc, char** argv) {
-    return zemo::platform::leaveHungCallsBehind(zemo::batch::runBatch({argv + 1, argv + argc}));
+    const int status = zemo::batch::runBatch({argv + 1, argv + argc});
+    return zemo::platform::leaveHungCallsBehind(status);
 }

@@ -8,6 +8,7 @@
 #include "dsp/EvenSpline.h"
 #include "dsp/Spline.h"
 #include "platform/Format.h"
+#include "platform/OutOfMemory.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
 #include "playback/SharedState.h"
@@ -116,10 +117,17 @@ void traceGrid(const char* name, double last) {
         platform::format("%s[0] = %lf\t%s[0] = %lf\n", name, 0.0, name, last));
 }
 
+void traceGrids(std::int64_t count, std::int32_t newCount, float ratio) {
+    platform::services().trace->print(
+        platform::format("len1 = %d\tlen2 = %d\n", static_cast<std::int32_t>(count), newCount));
+    traceGrid("X1", dsp::knotTime(count - 1, R));
+    traceGrid("X2", dsp::pointTime(newCount - 1, R, ratio));
+}
+
 } // namespace
 
 Refusal resampleRefusal(float ratio) {
-    const auto refuse = [](const char* sentence) {
+    const auto refuse = [](const platform::Sentence& sentence) {
         return platform::Error{platform::ErrorCategory::NotSupported, std::nullopt, sentence};
     };
     const std::int64_t count = fBuffersize.load();
@@ -139,23 +147,24 @@ Refusal resampleRefusal(float ratio) {
 }
 
 Refusal resampleBuffer(float ratio, undo_struct* undo) {
-    platform::TraceLog& trace = *platform::services().trace;
     const std::int64_t count = fBuffersize.load();
     if (count == 0) {
-        trace.log("Nothing to resample");
+        platform::services().trace->log("Nothing to resample");
         return std::nullopt;
     }
     if (Refusal refusal = resampleRefusal(ratio)) {
         return refusal;
     }
     const std::int32_t newCount = dsp::resampledLength(count, ratio, R);
-    trace.print(
-        platform::format("len1 = %d\tlen2 = %d\n", static_cast<std::int32_t>(count), newCount));
-    traceGrid("X1", dsp::knotTime(count - 1, R));
-    traceGrid("X2", dsp::pointTime(newCount - 1, R, ratio));
     const auto sound = soundSamples();
-    return replaceSound(newCount, 0, undo,
-                        [&](std::span<float> result) { dsp::resample(sound, result, ratio, R); });
+    return platform::unlessOutOfMemory(
+        [&] {
+            traceGrids(count, newCount, ratio);
+            return replaceSound(newCount, 0, undo, [&](std::span<float> result) {
+                dsp::resample(sound, result, ratio, R);
+            });
+        },
+        outOfMemory);
 }
 
 } // namespace zemo

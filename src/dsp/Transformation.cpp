@@ -1,8 +1,7 @@
 #include "dsp/Transformation.h"
 
-#include <new>
-
 #include "platform/LongWork.h"
+#include "platform/OutOfMemory.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
 
@@ -12,31 +11,24 @@ std::span<const float> soundSamples() {
     return {fBuffer.load(), static_cast<std::size_t>(fBuffersize.load())};
 }
 
-Refusal replaceSound(std::int64_t count, std::int64_t slack, undo_struct* undo,
-                     const std::function<void(std::span<float>)>& kernel) {
-    SampleBlock samples = allocateUnsetSamples(count);
-    if (samples == nullptr) {
-        return outOfMemory();
-    }
-    bool outOfScratch = false;
-    const bool done = platform::runLongWork([&] {
-        try {
-            kernel({samples.get(), static_cast<std::size_t>(count)});
-        } catch (const std::bad_alloc&) {
-            outOfScratch = true;
+Refusal replaceSoundBy(std::int64_t count, std::int64_t slack, undo_struct* undo,
+                       const std::function<void(std::span<float>)>& kernel) {
+    const auto replace = [&]() -> Refusal {
+        SampleBlock samples = allocateUnsetSamples(count);
+        if (samples == nullptr) {
+            return outOfMemory();
         }
-    });
-    if (outOfScratch) {
-        return outOfMemory();
-    }
-    if (!done) {
-        return cancelled();
-    }
-    swapBuffer(samples, count, slack);
-    if (undo != nullptr) {
-        make_revert(*undo, std::move(samples), count);
-    }
-    return std::nullopt;
+        const std::span result(samples.get(), static_cast<std::size_t>(count));
+        if (!platform::runLongWork([&] { kernel(result); })) {
+            return cancelled();
+        }
+        swapBuffer(samples, count, slack);
+        if (undo != nullptr) {
+            make_revert(*undo, std::move(samples), count);
+        }
+        return std::nullopt;
+    };
+    return platform::unlessOutOfMemory(replace, outOfMemory);
 }
 
 platform::Error outOfMemory() {

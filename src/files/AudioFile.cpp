@@ -21,7 +21,7 @@ using platform::Result;
 /// More chunks than any real file has: a file of nothing but empty ones ends here.
 constexpr int kMostChunks = 65536;
 
-Error malformed(std::uint64_t offset, const char* sentence) {
+Error malformed(std::uint64_t offset, const platform::Sentence& sentence) {
     return {ErrorCategory::Malformed, offset, sentence};
 }
 

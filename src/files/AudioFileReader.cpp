@@ -12,6 +12,7 @@
 #include "files/SoundLoader.h"
 #include "platform/Format.h"
 #include "platform/LongWork.h"
+#include "platform/OutOfMemory.h"
 #include "platform/Progress.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
@@ -150,9 +151,7 @@ const char* refuse(const FileUrl& url) {
     return "KO";
 }
 
-} // namespace
-
-const char* openSoundFile(const FileUrl& url) {
+const char* openOrRefuse(const FileUrl& url) {
     log("\nthePath = " + url.path() + "\n");
     log("\nURL = " + FileUrl(url.path()).absoluteString() + "\n");
     // A file that cannot be opened goes on with a format of zeros, which the checks refuse.
@@ -166,6 +165,16 @@ const char* openSoundFile(const FileUrl& url) {
     const Checks checks = checkFormat(file);
     return audio && checks.readable() ? load(audio.value(), file, checks.nativeEndian)
                                       : refuse(url);
+}
+
+} // namespace
+
+const char* openSoundFile(const FileUrl& url) {
+    return platform::unlessOutOfMemory([&] { return openOrRefuse(url); },
+                                       [] {
+                                           postTooLarge();
+                                           return "KO";
+                                       });
 }
 
 } // namespace zemo

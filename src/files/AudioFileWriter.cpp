@@ -12,6 +12,7 @@
 #include "files/SoundLoader.h"
 #include "platform/Format.h"
 #include "platform/LongWork.h"
+#include "platform/OutOfMemory.h"
 #include "platform/Pieces.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
@@ -63,6 +64,11 @@ std::vector<std::uint8_t> headerFor(std::uint32_t fileType,
 
 bool refuse(const char* sentence) {
     PostError(sentence);
+    return false;
+}
+
+bool refuseForMemory() {
+    postNoMemoryToSave();
     return false;
 }
 
@@ -152,15 +158,22 @@ HeldSound HeldSound::take() {
 }
 
 bool saveAsAudioFile(const FileUrl& url, std::span<std::byte> block) {
-    return saveBlock(url, {block, {}}, [&](std::uint32_t fileType) {
+    const auto bringInOrder = [&](std::uint32_t fileType) {
         if (fileType == kFileTypeAiffC) {
             platform::expectStages(2);
             swapWords(block);
         }
-    });
+    };
+    return platform::unlessOutOfMemory(
+        [&] {
+            return saveBlock(url, {block, {}}, bringInOrder);
+        },
+        refuseForMemory);
 }
 
-bool saveHeldSound(const FileUrl& url, const HeldSound& sound) {
+namespace {
+
+bool saveHeld(const FileUrl& url, const HeldSound& sound) {
     const std::size_t bytes = bytesOf(sound.count() + kExtraSamples);
     if (isCafExtension(url.pathExtension())) {
         // A sound without slack behind it gets zeros: nothing past its end is read.
@@ -171,7 +184,7 @@ bool saveHeldSound(const FileUrl& url, const HeldSound& sound) {
     }
     const SampleBlock copy = allocateUnsetSamples(sound.count());
     if (copy == nullptr) {
-        return refuse("There is not enough memory to save the sound.");
+        return refuseForMemory();
     }
     const std::span block(reinterpret_cast<std::byte*>(copy.get()), bytes);
     return saveBlock(url, {block, {}}, [&](std::uint32_t /*fileType*/) {
@@ -179,6 +192,12 @@ bool saveHeldSound(const FileUrl& url, const HeldSound& sound) {
         copyHeld(sound, block);
         swapWords(block);
     });
+}
+
+} // namespace
+
+bool saveHeldSound(const FileUrl& url, const HeldSound& sound) {
+    return platform::unlessOutOfMemory([&] { return saveHeld(url, sound); }, refuseForMemory);
 }
 
 bool saveSound(const FileUrl& url) {
@@ -193,7 +212,9 @@ WriteOutcome writeExactCopy(const std::string& path, const HeldSound& sound) {
     return writeAtomically(path, cafHeader(dataFormat, bytes.size()), bytes);
 }
 
-bool classicsaveAsAudioFile(const FileUrl& url) {
+namespace {
+
+bool saveClassically(const FileUrl& url) {
     logPlace(url);
     const std::string extension = url.pathExtension();
     if (isCafExtension(extension)) {
@@ -205,6 +226,12 @@ bool classicsaveAsAudioFile(const FileUrl& url) {
     logSize(samples.size_bytes());
     return finish(writeAtomically(url.path(), cafHeader(streamFormat, samples.size_bytes()),
                                   std::as_bytes(samples)));
+}
+
+} // namespace
+
+bool classicsaveAsAudioFile(const FileUrl& url) {
+    return platform::unlessOutOfMemory([&] { return saveClassically(url); }, refuseForMemory);
 }
 
 } // namespace zemo

@@ -14,6 +14,7 @@
 #include "files/SoundLoader.h"
 #include "platform/Format.h"
 #include "platform/LongWork.h"
+#include "platform/OutOfMemory.h"
 #include "platform/Progress.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
@@ -26,7 +27,6 @@ namespace {
 using platform::FileStream;
 using platform::format;
 
-constexpr std::size_t kLineBytes = 1000; ///< terminating zero included
 constexpr std::size_t kPieceBytes = std::size_t{1} << 22U;
 
 platform::TraceLog& trace() {
@@ -40,8 +40,6 @@ void passThroughStripeNaN(std::span<const float> samples) {
         static_cast<void>(stripeNaN(sample));
     }
 }
-
-enum class Loaded : std::uint8_t { Yes, TooShort, NoMemory, Cancelled };
 
 /// All values there are, in pieces; the rest is zero.
 void readSamples(FileStream& stream, std::span<float> samples, bool swap) {
@@ -66,31 +64,10 @@ void readSamples(FileStream& stream, std::span<float> samples, bool swap) {
     }
 }
 
-Loaded loadValues(FileStream& stream, const char* path, bool swap) {
-    const std::int64_t count = getSize(&stream, path);
-    if (count == 0) {
-        emptyBuffer();
-        return Loaded::TooShort;
-    }
-    SampleBlock block = allocateUnsetSamples(count);
-    if (block == nullptr) {
-        postTooLarge();
-        return Loaded::NoMemory;
-    }
-    const std::span samples(block.get(), static_cast<std::size_t>(count));
-    const bool done = platform::runLongWork([&] { readSamples(stream, samples, swap); });
-    if (!done) {
-        return Loaded::Cancelled;
-    }
-    trace().print("Buffer read!\n");
-    replaceBuffer(std::move(block), count);
-    return Loaded::Yes;
-}
-
 /// The first line, newline included when it fits, into the one line buffer of the program.
 const char* readFirstLine(FileStream& stream) {
     static std::array<char, 1008> line;
-    const std::size_t read = stream.readAt(0, line.data(), kLineBytes - 1);
+    const std::size_t read = stream.readAt(0, line.data(), kFirstLineBytes - 1);
     if (read == 0) {
         return "No text";
     }
@@ -101,26 +78,39 @@ const char* readFirstLine(FileStream& stream) {
     return line.data();
 }
 
+const char* refuseForMemory() {
+    postTooLarge();
+    return "error";
+}
+
 const char* loadAndDescribe(FileStream& stream, const char* path, bool swap) {
-    switch (loadValues(stream, path, swap)) {
-    case Loaded::TooShort:
+    const std::int64_t count = getSize(&stream, path);
+    if (count == 0) {
+        emptyBuffer();
         return "size_error";
-    case Loaded::NoMemory:
-        return "error";
-    case Loaded::Cancelled:
+    }
+    SampleBlock block = allocateUnsetSamples(count);
+    if (block == nullptr) {
+        return refuseForMemory();
+    }
+    const std::span samples(block.get(), static_cast<std::size_t>(count));
+    const bool done = platform::runLongWork([&] { readSamples(stream, samples, swap); });
+    if (!done) {
         return kReadingCancelled;
-    case Loaded::Yes:
-        break;
     }
     const char* const line = readFirstLine(stream);
-    trace().print(format("S = %s\n", line));
+    const std::string said = format("S = %s\n", line);
+    trace().print("Buffer read!\n");
+    replaceBuffer(std::move(block), count);
+    trace().print(said);
     return line;
 }
 
 const char* reportUnopened(int error) {
+    const std::string said = format("error: %s\n", std::generic_category().message(error).c_str());
     emptyBuffer();
-    trace().printError(format("error: %s\n", std::generic_category().message(error).c_str()));
-    trace().print(format("S = %s\n", "error"));
+    trace().printError(said);
+    trace().print("S = error\n");
     return "error";
 }
 
@@ -136,9 +126,13 @@ std::int64_t getSize(FileStream* stream, const char* path) {
 }
 
 const char* openFile(const char* path, bool swap) {
-    int error = 0;
-    const auto stream = platform::services().fileSystem->openForReading(path, error);
-    return stream != nullptr ? loadAndDescribe(*stream, path, swap) : reportUnopened(error);
+    return platform::unlessOutOfMemory(
+        [&] {
+            int error = 0;
+            const auto stream = platform::services().fileSystem->openForReading(path, error);
+            return stream != nullptr ? loadAndDescribe(*stream, path, swap) : reportUnopened(error);
+        },
+        refuseForMemory);
 }
 
 } // namespace zemo

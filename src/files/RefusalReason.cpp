@@ -2,11 +2,14 @@
 
 #include "files/AudioFile.h"
 #include "files/AudioFileReader.h"
+#include "platform/OutOfMemory.h"
 #include "playback/SharedState.h"
 
 namespace zemo {
 
-RefusalReason refusalReason(const FileUrl& url) {
+namespace {
+
+RefusalReason reasonInHeader(const FileUrl& url) {
     using Kind = RefusalReason::Kind;
     const auto audio = AudioFile::open(url.path());
     if (!audio) {
@@ -28,6 +31,13 @@ RefusalReason refusalReason(const FileUrl& url) {
         reason.kind = mono ? Kind::Format : Kind::Channels;
     }
     return reason;
+}
+
+} // namespace
+
+RefusalReason refusalReason(const FileUrl& url) {
+    return platform::unlessOutOfMemory([&] { return reasonInHeader(url); },
+                                       [] { return RefusalReason{}; });
 }
 
 } // namespace zemo

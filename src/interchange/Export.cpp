@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <new>
 #include <optional>
 #include <span>
 #include <system_error>
@@ -16,6 +15,7 @@
 #include "interchange/WavHeader.h"
 #include "platform/Format.h"
 #include "platform/LongWork.h"
+#include "platform/OutOfMemory.h"
 #include "platform/Progress.h"
 #include "playback/SharedState.h"
 
@@ -28,8 +28,16 @@ using platform::format;
 
 constexpr std::size_t kBlock = std::size_t{1} << 15; ///< samples that are written at a time
 
-Error failure(ErrorCategory category, std::string sentence) {
+/// Made when the program starts: where it is said there may be no memory to make it.
+const std::string kOutOfMemory =
+    "The file cannot be written: " + std::generic_category().message(ENOMEM) + ".";
+
+Error failure(ErrorCategory category, platform::Sentence sentence) {
     return {category, std::nullopt, std::move(sentence)};
+}
+
+Error outOfMemory() {
+    return failure(ErrorCategory::DeviceFailed, platform::Sentence::lasting(kOutOfMemory));
 }
 
 Error cancelled() {
@@ -108,15 +116,13 @@ int writeFlac(AtomicFile& file, std::uint32_t rate, std::span<const float> sampl
 class Writing {
 public:
     Writing(const FileUrl& url, std::uint32_t rate, std::span<const float> samples)
-        : path_(url.path()), flac_(isFlac(url.pathExtension())), rate_(rate), samples_(samples) {}
+        : path_(url.path()),
+          flac_(isFlac(url.pathExtension())),
+          rate_(rate),
+          samples_(samples),
+          exported_{.format = flac_ ? "FLAC, 24-bit" : "WAV, 32-bit float"} {}
 
-    void run() noexcept { // [worker]
-        try {
-            error_ = write();
-        } catch (const std::bad_alloc&) {
-            error_ = ENOMEM;
-        }
-    }
+    void run() { error_ = write(); } // [worker]
 
     std::optional<Error> finish() {
         if (error_ == 0) {
@@ -132,15 +138,14 @@ public:
                                                std::generic_category().message(error_) + "."));
     }
 
-    Exported exported() const {
-        return {.format = flac_ ? "FLAC, 24-bit" : "WAV, 32-bit float", .clipped = clipped_};
-    }
+    /// Taken and not copied: once the file is new nothing must ask for memory.
+    Exported takeExported() noexcept { return std::move(exported_); }
 
 private:
     int write() {
         int error = file_.create(path_);
         if (error == 0) {
-            error = flac_ ? writeFlac(file_, rate_, samples_, clipped_)
+            error = flac_ ? writeFlac(file_, rate_, samples_, exported_.clipped)
                           : writeWav(file_, rate_, samples_);
         }
         return error != 0 || platform::isStopRequested() ? error : file_.flush();
@@ -151,17 +156,11 @@ private:
     std::uint32_t rate_;
     std::span<const float> samples_;
     AtomicFile file_;
-    std::int64_t clipped_ = 0;
+    Exported exported_;
     int error_ = 0;
 };
 
-} // namespace
-
-bool isExportedExtension(const std::string& extension) {
-    return extension == "wav" || extension == "WAV" || isFlac(extension);
-}
-
-platform::Result<Exported> exportSound(const FileUrl& url) {
+platform::Result<Exported> writeSound(const FileUrl& url) {
     const std::int64_t count = fBuffersize.load();
     if (auto refusal = refusalOf(url.pathExtension(), count, R)) {
         return *refusal;
@@ -175,7 +174,18 @@ platform::Result<Exported> exportSound(const FileUrl& url) {
     if (auto error = writing.finish()) {
         return *error;
     }
-    return writing.exported();
+    return writing.takeExported();
+}
+
+} // namespace
+
+bool isExportedExtension(const std::string& extension) {
+    return extension == "wav" || extension == "WAV" || isFlac(extension);
+}
+
+platform::Result<Exported> exportSound(const FileUrl& url) {
+    return platform::unlessOutOfMemory([&] { return writeSound(url); },
+                                       [] { return platform::Result<Exported>(outOfMemory()); });
 }
 
 } // namespace zemo

@@ -1,7 +1,6 @@
 #include "interchange/Import.h"
 
 #include <cmath>
-#include <new>
 #include <optional>
 #include <span>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "SoundFileReader.h"
 #include "platform/Format.h"
 #include "platform/LongWork.h"
+#include "platform/OutOfMemory.h"
 #include "platform/Progress.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
@@ -26,7 +26,7 @@ using platform::format;
 constexpr std::size_t kBlock = std::size_t{1} << 14; ///< values that are decoded at a time
 constexpr std::size_t kSteps = 1000;                 ///< of the progress
 
-Error failure(ErrorCategory category, std::string sentence) {
+Error failure(ErrorCategory category, platform::Sentence sentence) {
     return {category, std::nullopt, std::move(sentence)};
 }
 
@@ -77,18 +77,13 @@ class Decoding {
 public:
     Decoding(std::string path, double rate) : path_(std::move(path)), rate_(rate) {}
 
-    void run() noexcept { // [worker]
-        try {
-            error_ = decode();
-        } catch (const std::bad_alloc&) {
-            error_ = tooLarge();
-        }
-    }
+    void run() { error_ = decode(); } // [worker]
 
-    const std::optional<Error>& error() const noexcept { return error_; }
-    const Imported& imported() const noexcept { return imported_; }
+    // Taken and not copied: what follows the exchange of the sound must not ask for memory.
+    std::optional<Error> takeError() noexcept { return std::move(error_); }
+    Imported takeImported() noexcept { return std::move(imported_); }
     std::int64_t count() const noexcept { return count_; }
-    SampleBlock takeSamples() { return std::move(samples_); }
+    SampleBlock takeSamples() noexcept { return std::move(samples_); }
 
 private:
     std::optional<Error> decode();
@@ -216,30 +211,29 @@ std::optional<Error> Decoding::verdict(const SoundFileReader& reader) const {
     if (reader.diskFailed()) {
         return failure(ErrorCategory::DeviceFailed, "The file cannot be read to its end.");
     }
-    if (chain_.count() == 0) {
+    if (chain_.count() == 0 && reader.isDamaged()) {
         return failure(ErrorCategory::Malformed,
-                       reader.isDamaged()
-                           ? "The sound file is damaged: nothing in it can be decoded."
-                           : "There is no sound in the file.");
+                       "The sound file is damaged: nothing in it can be decoded.");
+    }
+    if (chain_.count() == 0) {
+        return failure(ErrorCategory::Malformed, "There is no sound in the file.");
     }
     return std::nullopt;
 }
 
-} // namespace
-
-platform::Result<Imported> importSound(const FileUrl& url) {
+platform::Result<Imported> decodeAndExchange(const FileUrl& url) {
     Decoding decoding(url.path(), R);
     if (!platform::runLongWork([&] { decoding.run(); })) {
         return cancelled();
     }
-    if (decoding.error()) {
-        return *decoding.error();
+    if (auto error = decoding.takeError()) {
+        return std::move(*error);
     }
     replaceBuffer(decoding.takeSamples(), decoding.count());
-    return decoding.imported();
+    return decoding.takeImported();
 }
 
-platform::Result<SoundFileDescription> describeSoundFile(const std::string& path) {
+platform::Result<SoundFileDescription> describe(const std::string& path) {
     const auto opened = SoundFileReader::open(path);
     if (!opened) {
         return opened.error();
@@ -247,8 +241,23 @@ platform::Result<SoundFileDescription> describeSoundFile(const std::string& path
     return opened.value()->description();
 }
 
+} // namespace
+
+platform::Result<Imported> importSound(const FileUrl& url) {
+    return platform::unlessOutOfMemory([&] { return decodeAndExchange(url); },
+                                       [] { return platform::Result<Imported>(tooLarge()); });
+}
+
+platform::Result<SoundFileDescription> describeSoundFile(const std::string& path) {
+    return platform::unlessOutOfMemory(
+        [&] { return describe(path); },
+        [] { return platform::Result<SoundFileDescription>(tooLarge()); });
+}
+
 bool isKnownSoundFile(const std::string& path) {
-    return static_cast<bool>(SoundFileReader::open(path));
+    return platform::unlessOutOfMemory(
+        [&] { return static_cast<bool>(SoundFileReader::open(path)); },
+        [] { return true; }); // importSound will say what is amiss
 }
 
 } // namespace zemo

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/Format.h"
+#include "platform/OutOfMemory.h"
 #include "platform/Services.h"
 #include "platform/TraceLog.h"
 #include "playback/CheckError.h"
@@ -95,7 +96,8 @@ std::int32_t bufferPlay0(std::int64_t /*ignored*/) {
         return 0;
     }
     N = 2000.0F;
-    trace().print(format("%ld frames\n", fBuffersize.load()));
+    platform::unlessOutOfMemory([] { trace().print(format("%ld frames\n", fBuffersize.load())); },
+                                [] {}); // the play is worth more than the line
     float* const samples = fBuffer.load();
     if (samples == nullptr) {
         trace().print("NULL Buffer!\n");
@@ -109,7 +111,7 @@ std::int32_t bufferPlay0(std::int64_t /*ignored*/) {
     // Only now: a call that runs in between sees Silent and spends one of the idle calls.
     bufferPlayer.isPlaying.store(1);
     bufferPlayer.rampState.store(FadeIn, std::memory_order_release);
-    trace().print(std::string(45, '_') + "\n\n");
+    trace().print("_____________________________________________\n\n");
     return 0;
 }
 

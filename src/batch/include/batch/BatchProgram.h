@@ -1,6 +1,6 @@
 #pragma once
 
-#include "batch/CommandLine.h"
+#include <span>
 
 namespace zemo::batch {
 
@@ -8,6 +8,6 @@ namespace zemo::batch {
 enum ExitStatus : int { kDone = 0, kStepFailed = 1, kWrongCommandLine = 2 };
 
 /// [main] Does what the command line (the program's name left out) says. Returns an ExitStatus.
-int runBatch(const std::vector<std::string>& words);
+int runBatch(std::span<char* const> words);
 
 } // namespace zemo::batch

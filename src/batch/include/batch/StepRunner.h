@@ -1,6 +1,7 @@
 #pragma once
 
-#include <string>
+#include <initializer_list>
+#include <string_view>
 
 #include "batch/CommandLine.h"
 #include "batch/OfflineOutput.h"
@@ -9,17 +10,22 @@
 
 namespace zemo::batch {
 
-/// [main] Says `sentence` on standard error, behind the program's name.
-void complain(const std::string& sentence);
+/// [main] Says a sentence, given in parts, on standard error, behind the program's name. Asks for
+/// no memory.
+void complain(std::initializer_list<std::string_view> parts);
 
-/// [main] The step that is being done, with its file, as a sentence names it: "save sound.caf".
-const std::string& stepUnderWay();
+/// [main] The same behind the step that is being done, with its file: "save sound.caf: ".
+void complainOfStep(std::initializer_list<std::string_view> parts);
 
 /// Does the steps, through the same functions as the window's actions. Every step is true when it
 /// was done; otherwise it has said why not, naming itself and its file. All [main].
 class StepRunner {
 public:
     explicit StepRunner(OfflineOutput& output) : output_(output) {}
+
+    /// Any step. Without memory for it that is said, and nothing is thrown, as it may be by each
+    /// of these.
+    bool run(const Step& step);
 
     bool operator()(const OpenStep& step);
     bool operator()(const ResampleStep& step);
@@ -36,11 +42,9 @@ public:
     bool operator()(const InfoStep& step);
 
 private:
-    bool hasSound(const std::string& step) const;
-
     /// Keeps the copy for revert and transforms the sound, unless there is a `refusal` already.
     template <typename Transformation>
-    bool transform(const std::string& step, const Refusal& refusal, Transformation transformation);
+    bool transform(std::string_view step, const Refusal& refusal, Transformation transformation);
 
     OfflineOutput& output_;
     undo_struct undo_;

@@ -20,9 +20,17 @@ std::span<const float> soundSamples();
 /// that is there, and puts it in its place. The one that was there becomes `undo`'s copy, or is
 /// freed where that is null. Long work, so that the kernel runs on another thread where there is a
 /// window; refuses, with the sound and the copy as they were, when there is no memory for it or the
-/// user has cancelled it. So do all transformations, with their own `undo`.
+/// user has cancelled it. So do all transformations, with their own `undo`. The kernel may throw
+/// std::bad_alloc.
+Refusal replaceSoundBy(std::int64_t count, std::int64_t slack, undo_struct* undo,
+                       const std::function<void(std::span<float>)>& kernel);
+
+/// [main] The same for a kernel of any size: it is called where it is, and asks for no memory.
+template <typename Kernel>
 Refusal replaceSound(std::int64_t count, std::int64_t slack, undo_struct* undo,
-                     const std::function<void(std::span<float>)>& kernel);
+                     const Kernel& kernel) {
+    return replaceSoundBy(count, slack, undo, std::cref(kernel));
+}
 
 /// [any] The refusals for want of memory, and by the user.
 platform::Error outOfMemory();

@@ -57,12 +57,13 @@ bool isSavedExtension(const std::string& extension);
 /// [main] Writes a block of native 32-bit floats as a mono file at R hertz: CAF or AIFF-C by the
 /// URL's extension. For AIFF-C the block's words are reversed in place. True when the file was
 /// closed without error. Long work; false as well when it was cancelled. An extension of another
-/// kind, or a block that is too large for AIFF-C, is refused with an alert; when the file cannot be
-/// created or written the process ends through CheckError, the old file as it was.
+/// kind, a block that is too large for AIFF-C, or a lack of memory is refused with an alert; when
+/// the file cannot be created or written the process ends through CheckError, the old file as it
+/// was.
 bool saveAsAudioFile(const FileUrl& url, std::span<std::byte> block);
 
 /// [main] The same for a sound that is held: without a copy where it can be written from its place
-/// (CAF). False, after an alert, also when there is no memory for a copy.
+/// (CAF).
 bool saveHeldSound(const FileUrl& url, const HeldSound& sound);
 
 /// [main] The same for the sound as it is now.

@@ -7,6 +7,10 @@
 
 namespace zemo {
 
+/// The first line of a file that openFile returns has at most so many bytes, the terminating zero
+/// included.
+inline constexpr std::size_t kFirstLineBytes = 1000;
+
 /// [main] Loads any file as headerless 32-bit floats, bytes reversed when `swap` is set. Returns
 /// the file's first line (valid until the next call, at most 999 bytes), "No text", "size_error"
 /// (fewer than 4 bytes; the sound is empty now) or "error" (cannot be opened; the sound is empty

@@ -23,7 +23,8 @@ struct RefusalReason {
     std::string sentence{};
 };
 
-/// [main] What openSoundFile found amiss first in a file that it refused. Reads its header again.
+/// [main] What openSoundFile found amiss first in a file that it refused. Reads its header again;
+/// None as well when there is no memory for that.
 RefusalReason refusalReason(const FileUrl& url);
 
 } // namespace zemo

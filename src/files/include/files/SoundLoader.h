@@ -22,12 +22,14 @@ struct OpenResult {
 /// "aiff" is read as raw data, header included; that is not to be widened.
 bool isAudioFileExtension(const std::string& extension);
 
-/// [main] Sends the file to the reader for its extension.
+/// [main] Sends the file to the reader for its extension. Without memory for it an alert says so,
+/// and the sound is as it was.
 OpenResult openByExtension(const FileUrl& url, bool swapRaw);
 
 /// [main] What follows every confirmed panel, also after a refused file: logs the last path (none
 /// when empty) and the sound's length and normalizes the sound, which falls idle first when that
-/// changes it.
-void finishOpening(const std::string& lastPath, float* maxval, bool force);
+/// changes it. False, after an alert and with the sound as it was, when there is no memory for
+/// that.
+bool finishOpening(const std::string& lastPath, float* maxval, bool force);
 
 } // namespace zemo

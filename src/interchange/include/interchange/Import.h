@@ -40,7 +40,7 @@ platform::Result<Imported> importSound(const FileUrl& url);
 /// [main], [worker] What the file says of itself; of some kinds this reads all of it.
 platform::Result<SoundFileDescription> describeSoundFile(const std::string& path);
 
-/// [main], [worker] Whether importSound knows that kind of file.
+/// [main], [worker] Whether importSound knows that kind of file, or has no memory to look.
 bool isKnownSoundFile(const std::string& path);
 
 } // namespace zemo

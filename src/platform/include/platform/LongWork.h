@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <new>
 
 #include "platform/Clock.h"
 #include "platform/Services.h"
@@ -16,7 +17,7 @@ enum class Cancel : std::uint8_t { Allowed, NotAllowed };
 /// far it is; a program without one just does it.
 class LongWork {
 public:
-    /// Must not throw. Reports its progress, and looks whether it is still wanted, by Progress.h.
+    /// Throws nothing. Reports its progress, and looks whether it is still wanted, by Progress.h.
     using Work = std::function<void()>;
 
     LongWork() = default;
@@ -32,13 +33,27 @@ public:
     virtual void pause(std::chrono::microseconds duration) = 0;
 };
 
-/// [main] The same by the service, or without one on the caller's thread.
+/// [main] The same by the service, or without one on the caller's thread. The work may throw
+/// std::bad_alloc, wherever it runs: it comes out here, when the work has ended.
 inline bool runLongWork(const LongWork::Work& work, Cancel cancel = Cancel::Allowed) {
-    if (services().longWork != nullptr) {
-        return services().longWork->run(work, cancel);
+    if (services().longWork == nullptr) {
+        work();
+        return true;
     }
-    work();
-    return true;
+    bool outOfMemory = false;
+    const bool done = services().longWork->run(
+        [&] {
+            try {
+                work();
+            } catch (const std::bad_alloc&) {
+                outOfMemory = true;
+            }
+        },
+        cancel);
+    if (outOfMemory) {
+        throw std::bad_alloc();
+    }
+    return done;
 }
 
 inline void pauseFor(std::chrono::microseconds duration) {

@@ -108,9 +108,10 @@ const char* loadAndDescribe(FileStream& stream, const char* path, bool swap) {
 
 const char* reportUnopened(int error) {
     const std::string said = format("error: %s\n", std::generic_category().message(error).c_str());
+    const std::string line = format("S = %s\n", "error");
     emptyBuffer();
     trace().printError(said);
-    trace().print("S = error\n");
+    trace().print(line);
     return "error";
 }
 

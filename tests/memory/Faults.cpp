@@ -22,14 +22,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Of more requests than this only so many are made to fail, evenly spread.
-constexpr std::size_t kMostFaults = 150;
-
-std::size_t strideOver(std::size_t requests) {
-    const bool all = std::getenv("ZEMO_EVERY_ALLOCATION") != nullptr; // NOLINT: one thread
-    return all ? 1 : std::max<std::size_t>(requests / kMostFaults, 1);
-}
-
 std::size_t openDescriptors() {
     const fs::directory_iterator all("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(fs::begin(all), fs::end(all)));
@@ -174,7 +166,7 @@ void EveryAllocation::failEach(const Run& run, const Sayings& sayings,
     const long held = heldBlocks();
     const std::size_t descriptors = openDescriptors();
     for (const bool forGood : {false, true}) {
-        for (std::size_t n = 0; n < requests; n += strideOver(requests)) {
+        for (std::size_t n = 0; n < requests; ++n) {
             failOne(run, {.after = n, .forGood = forGood, .sparing = sparing_}, sayings, expected,
                     left);
             prepare();

@@ -1,6 +1,6 @@
 """zemo-batch under every limit of its address space, from the one that it just starts with.
 
-    address_space.py ZEMO_BATCH CORPUS [STEP_IN_KIB]
+    address_space.py ZEMO_BATCH CORPUS [STEP_IN_KIB [TEST]]
 
 Each command line either does what it does without a limit or says one sentence, leaves the old file
 and ends with status 1. No process is ended by a signal, whatever library the memory ran out in.
@@ -112,4 +112,4 @@ if __name__ == "__main__":
     AddressSpace.program, AddressSpace.corpus = sys.argv[1:3]
     if len(sys.argv) > 3:
         AddressSpace.step = int(sys.argv[3]) * KIB
-    unittest.main(argv=sys.argv[:1])
+    unittest.main(argv=[sys.argv[0], *sys.argv[4:]])

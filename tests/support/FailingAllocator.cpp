@@ -12,7 +12,7 @@
 #include <string_view>
 
 // What the definitions below stand before: the C library's own, or the address sanitizer's.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ZEMO_ADDRESS_SANITIZER)
 #define ZEMO_REAL(name) __interceptor_##name
 #else
 #define ZEMO_REAL(name) __libc_##name

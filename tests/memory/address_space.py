@@ -98,7 +98,7 @@ class AddressSpace(unittest.TestCase):
 
     def test_transformations_and_a_save(self):
         output = self.path("out.aif")
-        sound = self.sound(400_000)
+        sound = self.sound(1_200_000)
         self.assertGreater(self.sweep(["open", sound, *TRANSFORMATIONS, "save", output], output), 2)
 
     def test_exports(self):

@@ -1,6 +1,7 @@
 #include "support/FailingAllocator.h"
 
 #include <link.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <array>
@@ -41,6 +42,7 @@ constinit std::atomic<bool> armed{false};
 constinit std::atomic<std::size_t> requests{0};
 constinit std::atomic<bool> refusedAny{false};
 constinit std::atomic<long> held{0};
+constinit std::atomic<long> bytesHeld{0};
 constinit MemoryFault plan;
 constinit std::array<Range, kMostRanges> sparedCode{};
 constinit std::size_t sparedRanges = 0;
@@ -97,9 +99,23 @@ bool isRefused(std::size_t bytes, const void* caller) noexcept {
     return refused;
 }
 
+long usable(void* block) noexcept {
+    return static_cast<long>(malloc_usable_size(block));
+}
+
 void* granted(void* block) noexcept {
-    held += block != nullptr ? 1 : 0;
+    if (block != nullptr) {
+        ++held;
+        bytesHeld += usable(block);
+    }
     return block;
+}
+
+void givenBack(void* block) noexcept {
+    if (block != nullptr) {
+        --held;
+        bytesHeld -= usable(block);
+    }
 }
 
 void* throwing(void* block) {
@@ -146,8 +162,13 @@ long heldBlocks() noexcept {
     return held.load();
 }
 
+long heldBytes() noexcept {
+    return bytesHeld.load();
+}
+
 } // namespace zemo::test
 
+using zemo::test::givenBack;
 using zemo::test::granted;
 using zemo::test::isRefused;
 using zemo::test::throwing;
@@ -169,12 +190,10 @@ void* realloc(void* block, std::size_t bytes) {
     if (bytes > 0 && isRefused(bytes, __builtin_return_address(0))) {
         return nullptr;
     }
+    givenBack(block);
     void* const result = ZEMO_REAL(realloc)(block, bytes);
-    if (block == nullptr) {
-        granted(result);
-    } else if (bytes == 0) {
-        --zemo::test::held;
-    }
+    const bool stays = result == nullptr && bytes > 0;
+    granted(stays ? block : result);
     return result;
 }
 
@@ -199,7 +218,7 @@ int posix_memalign(void** block, std::size_t alignment, std::size_t bytes) {
 }
 
 void free(void* block) {
-    zemo::test::held -= block != nullptr ? 1 : 0;
+    givenBack(block);
     ZEMO_REAL(free)(block);
 }
 

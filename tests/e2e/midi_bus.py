@@ -52,12 +52,14 @@ class Sender:
 
 
 class Bus:
-    """A JACK server and one MIDI source on it."""
+    """A JACK server and one MIDI source on it. A patient one waits for clients that are late on a busy
+    machine, where the usual one leaves them out of the period, with the messages in it."""
 
-    def __init__(self, desktop, name, period):
+    def __init__(self, desktop, name, period, is_patient=False):
+        patience = ["-S", "-t", "10000"] if is_patient else []
         self.environment = {"JACK_DEFAULT_SERVER": name, "JACK_NO_AUDIO_RESERVATION": "1"}
         self._server = desktop.start(
-            ["jackd", "-r", "-n", name, "-d", "dummy", "-C", "0", "-P", "0", "-r", str(RATE),
+            ["jackd", "-r", *patience, "-n", name, "-d", "dummy", "-C", "0", "-P", "0", "-r", str(RATE),
              "-p", str(period)], env=os.environ | self.environment, stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL)
         self._sender = Sender(self.environment)

@@ -8,6 +8,10 @@ target_compile_options(zemo_options INTERFACE
     # The arithmetic is part of the product: no fused multiply-add, on any processor.
     -ffp-contract=off)
 
+# What the real-time functions of the rooms may call, where the compiler can tell (clang 20).
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-Wfunction-effects ZEMO_HAS_FUNCTION_EFFECTS)
+
 if(ZEMO_SANITIZE)
     target_compile_options(zemo_options INTERFACE
         -fsanitize=${ZEMO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
@@ -26,6 +30,9 @@ function(zemo_room name)
     add_library(${name} STATIC ${ROOM_SOURCES})
     target_include_directories(${name} PUBLIC ${ROOM_ROOT})
     target_link_libraries(${name} PUBLIC ${ROOM_LINKS} PRIVATE zemo_options)
+    if(ZEMO_HAS_FUNCTION_EFFECTS)
+        target_compile_options(${name} PRIVATE -Wfunction-effects -Wperf-constraint-implies-noexcept)
+    endif()
 endfunction()
 
 # Resources without the times of their files: the same source gives the same program anywhere.

@@ -28,7 +28,8 @@ std::int32_t greatestMagnitudeBits(const float* frames, std::uint32_t count) noe
 
 } // namespace
 
-void fadeInFrames(float* out, const float* in, std::uint32_t count, std::uint32_t length) noexcept {
+void fadeInFrames(float* out, const float* in, std::uint32_t count,
+                  std::uint32_t length) noexcept ZEMO_NONBLOCKING {
     const auto whole = static_cast<float>(length);
     for (std::uint32_t i = 0; i < count; ++i) {
         out[i] = in[i] * static_cast<float>(i) / whole;
@@ -36,14 +37,14 @@ void fadeInFrames(float* out, const float* in, std::uint32_t count, std::uint32_
 }
 
 void fadeOutFrames(float* out, const float* in, std::uint32_t count,
-                   std::uint32_t length) noexcept {
+                   std::uint32_t length) noexcept ZEMO_NONBLOCKING {
     const auto whole = static_cast<float>(length);
     for (std::uint32_t i = 0; i < count; ++i) {
         out[i] = in[i] * static_cast<float>(length - i) / whole;
     }
 }
 
-float peakOfFrames(const float* frames, std::uint32_t count) noexcept {
+float peakOfFrames(const float* frames, std::uint32_t count) noexcept ZEMO_NONBLOCKING {
     const std::int32_t greatest = greatestMagnitudeBits(frames, count);
     for (std::uint32_t i = count; i > 0; --i) {
         // Compared as it is: a NaN must not pass for the 0 that it counted as.
@@ -54,7 +55,7 @@ float peakOfFrames(const float* frames, std::uint32_t count) noexcept {
     return 0.0F;
 }
 
-float sumOfSquaredFrames(const float* frames, std::uint32_t count) noexcept {
+float sumOfSquaredFrames(const float* frames, std::uint32_t count) noexcept ZEMO_NONBLOCKING {
     float sum = 0.0F;
     for (std::uint32_t i = 0; i < count; ++i) {
         sum += frames[i] * frames[i];

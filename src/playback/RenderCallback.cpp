@@ -31,23 +31,52 @@ RenderDelegate& listener() noexcept {
     return delegate != nullptr ? *delegate : nobody;
 }
 
+// On an audio thread the RenderMessageQueue listens, whose messages have the attribute. Where
+// zemo-batch renders there is none, and its listener prints. The unit's stop() raises a flag here.
+ZEMO_TRUSTED_NONBLOCKING
+
+/// All that the callback calls without knowing what it is.
+class Outside {
+public:
+    Outside(RenderDelegate& delegate, platform::AudioOutputUnit* unit) noexcept
+        : delegate_(delegate), unit_(unit) {}
+
+    void updateValue(float level) const noexcept ZEMO_NONBLOCKING { delegate_.updateValue(level); }
+    void repeatUpdateValue(float level, std::uint32_t times) const noexcept ZEMO_NONBLOCKING {
+        delegate_.repeatUpdateValue(level, times);
+    }
+    void resetMeter() const noexcept ZEMO_NONBLOCKING { delegate_.resetMeter(); }
+    void resetPlayTitle() const noexcept ZEMO_NONBLOCKING { delegate_.resetPlayTitle(); }
+    void traceIdleCycle(std::int32_t left) const noexcept ZEMO_NONBLOCKING {
+        delegate_.traceIdleCycle(left);
+    }
+    void traceMissingBuffer() const noexcept ZEMO_NONBLOCKING { delegate_.traceMissingBuffer(); }
+    void stopUnit() const noexcept ZEMO_NONBLOCKING { unit_->stop(); }
+
+private:
+    RenderDelegate& delegate_;
+    platform::AudioOutputUnit* unit_;
+};
+
+ZEMO_TRUSTED_END
+
 /// One call of the callback. What other threads may change meanwhile (the ramp state, the position
 /// of a play that is begun anew) is read once, at the entry, and written back only where it is
 /// still what was read: a stop or a play asked for during the call is never lost.
 class RenderCall {
 public:
-    RenderCall(BufferPlayer& player, const RenderPassage& sound, RenderDelegate& delegate,
+    RenderCall(BufferPlayer& player, const RenderPassage& sound, const Outside& outside,
                float* output, std::uint32_t frames) noexcept
         : player_(player),
           sound_(sound),
-          delegate_(delegate),
+          outside_(outside),
           output_(output),
           frames_(frames),
           state_(player.rampState.load(std::memory_order_acquire)),
           wasPlaying_(player.isPlaying.load(relaxed) != 0),
           position_(player.readPosition.load()) {}
 
-    void run() noexcept {
+    void run() noexcept ZEMO_NONBLOCKING {
         renderFrames();
         publishLevel();
         endCall();
@@ -72,7 +101,7 @@ private:
 
     BufferPlayer& player_;
     const RenderPassage& sound_;
-    RenderDelegate& delegate_;
+    const Outside& outside_;
     float* const output_;
     const std::uint32_t frames_;
     std::uint32_t state_;
@@ -126,7 +155,7 @@ void RenderCall::soundFrames(const float* samples, std::uint32_t count) noexcept
 /// The message repeats for every remaining frame of the call.
 void RenderCall::endOfBuffer(std::uint32_t remaining) noexcept {
     value.store(0.0F, relaxed);
-    delegate_.repeatUpdateValue(0.0F, remaining);
+    outside_.repeatUpdateValue(0.0F, remaining);
     ended_ = true;
 }
 
@@ -158,7 +187,7 @@ void RenderCall::endPlay() noexcept {
         player_.rampState.store(Silent, relaxed);
     }
     clearPlaying();
-    player_.outputUnit->stop();
+    outside_.stopUnit();
 }
 
 void RenderCall::clearPlaying() noexcept {
@@ -170,7 +199,7 @@ void RenderCall::clearPlaying() noexcept {
 void RenderCall::publishLevel() noexcept {
     const float level = player_.rmsMode.load(relaxed) != 0 ? rmsLevel() : peakLevel();
     value.store(level, relaxed);
-    delegate_.updateValue(level);
+    outside_.updateValue(level);
 }
 
 /// Without any frame 0.
@@ -213,22 +242,22 @@ void RenderCall::endSilentCall() noexcept {
     if (left > 0) {
         // A play begun during this call has set the count anew; then it stands.
         if (player_.idleCycles.compare_exchange_strong(left, left - 1, relaxed)) {
-            delegate_.traceIdleCycle(left - 1);
+            outside_.traceIdleCycle(left - 1);
         }
     } else if (!ended_) {
         clearPlaying();
-        player_.outputUnit->stop();
+        outside_.stopUnit();
     }
-    delegate_.resetMeter();
+    outside_.resetMeter();
     value.store(0.0F, relaxed);
-    delegate_.updateValue(0.0F);
+    outside_.updateValue(0.0F);
 }
 
 void RenderCall::endFadeOut() noexcept {
     player_.rampState.store(Silent, relaxed);
     player_.isPlaying.store(0, std::memory_order_release);
-    delegate_.resetPlayTitle();
-    delegate_.resetMeter();
+    outside_.resetPlayTitle();
+    outside_.resetMeter();
 }
 
 /// A stop asked for during the call wins: it fades out over the whole of the next call.
@@ -241,16 +270,17 @@ void RenderCall::moveTo(RampState next) noexcept {
 platform::Status FloatBufferRenderProc(void* context, platform::RenderActionFlags* /*flags*/,
                                        const platform::AudioTimeStamp* /*time*/,
                                        std::uint32_t /*bus*/, std::uint32_t frames,
-                                       platform::AudioBufferList* data) {
+                                       platform::AudioBufferList* data) noexcept ZEMO_NONBLOCKING {
     const platform::RealTimeScope realTime;
     const RenderPassage sound;
+    auto& player = *static_cast<BufferPlayer*>(context);
+    const Outside outside(listener(), player.outputUnit);
     if (sound.samples() == nullptr) {
-        listener().traceMissingBuffer();
+        outside.traceMissingBuffer();
         return platform::kNoError;
     }
-    auto& player = *static_cast<BufferPlayer*>(context);
     auto* const output = static_cast<float*>(data->mBuffers[0].mData);
-    RenderCall(player, sound, listener(), output, frames).run();
+    RenderCall(player, sound, outside, output, frames).run();
     return platform::kNoError;
 }
 

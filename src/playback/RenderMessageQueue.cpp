@@ -4,7 +4,7 @@ namespace zemo {
 
 static_assert((RenderMessageQueue::kCapacity & (RenderMessageQueue::kCapacity - 1)) == 0);
 
-bool RenderMessageQueue::push(const Message& message, std::size_t room) noexcept {
+bool RenderMessageQueue::push(const Message& message, std::size_t room) noexcept ZEMO_NONBLOCKING {
     const std::size_t written = written_.load(std::memory_order_relaxed);
     if (written - read_.load(std::memory_order_acquire) >= room) {
         return false;
@@ -14,33 +14,34 @@ bool RenderMessageQueue::push(const Message& message, std::size_t room) noexcept
     return true;
 }
 
-void RenderMessageQueue::pushImportant(const Message& message) noexcept {
+void RenderMessageQueue::pushImportant(const Message& message) noexcept ZEMO_NONBLOCKING {
     if (!push(message, kCapacity)) {
         dropped_.fetch_add(1, std::memory_order_relaxed);
     }
 }
 
-void RenderMessageQueue::updateValue(float level) {
+void RenderMessageQueue::updateValue(float level) noexcept ZEMO_NONBLOCKING {
     push({.kind = Kind::UpdateValue, .level = level}, kCapacity - kReserved);
 }
 
-void RenderMessageQueue::repeatUpdateValue(float level, std::uint32_t times) {
+void RenderMessageQueue::repeatUpdateValue(float level,
+                                           std::uint32_t times) noexcept ZEMO_NONBLOCKING {
     push({.kind = Kind::UpdateValue, .level = level, .times = times}, kCapacity - kReserved);
 }
 
-void RenderMessageQueue::resetMeter() {
+void RenderMessageQueue::resetMeter() noexcept ZEMO_NONBLOCKING {
     pushImportant({.kind = Kind::ResetMeter});
 }
 
-void RenderMessageQueue::resetPlayTitle() {
+void RenderMessageQueue::resetPlayTitle() noexcept ZEMO_NONBLOCKING {
     pushImportant({.kind = Kind::ResetPlayTitle});
 }
 
-void RenderMessageQueue::traceIdleCycle(std::int32_t left) {
+void RenderMessageQueue::traceIdleCycle(std::int32_t left) noexcept ZEMO_NONBLOCKING {
     pushImportant({.kind = Kind::Idle, .count = left});
 }
 
-void RenderMessageQueue::traceMissingBuffer() {
+void RenderMessageQueue::traceMissingBuffer() noexcept ZEMO_NONBLOCKING {
     pushImportant({.kind = Kind::NoBuffer});
 }
 

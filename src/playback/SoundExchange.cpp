@@ -158,10 +158,11 @@ std::int64_t slackSamples() noexcept {
     return ownedSlack;
 }
 
-RenderPassage::RenderPassage() noexcept
-    : count_((callsEntered.fetch_add(1), fBuffersize.load())), samples_(fBuffer.load()) {}
+RenderPassage::RenderPassage() noexcept ZEMO_NONBLOCKING
+    : count_((callsEntered.fetch_add(1), fBuffersize.load())),
+      samples_(fBuffer.load()) {}
 
-RenderPassage::~RenderPassage() {
+RenderPassage::~RenderPassage() ZEMO_NONBLOCKING {
     callsLeft.fetch_add(1);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/RealTime.h"
 #include "platform_linux/Device.h"
 #include "platform_linux/JackServer.h"
 
@@ -37,7 +38,8 @@ cubeb_stream_params monoFloat(std::uint32_t rate) {
 }
 
 /// What the library calls back on its own threads. `user` is the stream's run.
-long fill(cubeb_stream* /*stream*/, void* user, const void* /*input*/, void* output, long frames) {
+long fill(cubeb_stream* /*stream*/, void* user, const void* /*input*/, void* output,
+          long frames) noexcept ZEMO_NONBLOCKING {
     return static_cast<long>(static_cast<DeviceRun*>(user)->feed.fill(
         static_cast<float*>(output), static_cast<std::uint32_t>(frames)));
 }

@@ -11,7 +11,7 @@ void RenderFeed::setCallback(RenderCallback callback, void* context) noexcept {
     context_ = context;
 }
 
-std::uint32_t RenderFeed::fill(float* output, std::uint32_t frames) noexcept {
+std::uint32_t RenderFeed::fill(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING {
     std::fill_n(output, frames, 0.0F);
     entered_.fetch_add(1);
     const std::uint32_t delivered = answer(output, frames);
@@ -19,7 +19,7 @@ std::uint32_t RenderFeed::fill(float* output, std::uint32_t frames) noexcept {
     return delivered;
 }
 
-std::uint32_t RenderFeed::answer(float* output, std::uint32_t frames) noexcept {
+std::uint32_t RenderFeed::answer(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING {
     if (phase_.load() != Phase::Rendering) {
         return fillTail(frames);
     }
@@ -32,7 +32,7 @@ std::uint32_t RenderFeed::answer(float* output, std::uint32_t frames) noexcept {
     return frames;
 }
 
-std::uint32_t RenderFeed::fillTail(std::uint32_t frames) noexcept {
+std::uint32_t RenderFeed::fillTail(std::uint32_t frames) noexcept ZEMO_NONBLOCKING {
     const std::uint32_t left = tailFrames_ - std::min(tailDone_, tailFrames_);
     if (frames < left) {
         tailDone_ += frames;
@@ -58,7 +58,7 @@ bool RenderFeed::resume() noexcept {
            expected == Phase::Rendering;
 }
 
-void RenderFeed::askStop() noexcept {
+void RenderFeed::askStop() noexcept ZEMO_NONBLOCKING {
     Phase expected = Phase::Rendering;
     phase_.compare_exchange_strong(expected, Phase::Tail);
 }

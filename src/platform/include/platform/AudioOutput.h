@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/FourCharCode.h"
+#include "platform/RealTime.h"
 #include "platform/StreamDescription.h"
 
 namespace zemo::platform {
@@ -32,7 +33,7 @@ using RenderActionFlags = std::uint32_t;
 /// Fills `frames` frames of `data`. Called on the audio thread: [audio][rt].
 using RenderCallback = Status (*)(void* context, RenderActionFlags* flags,
                                   const AudioTimeStamp* time, std::uint32_t bus,
-                                  std::uint32_t frames, AudioBufferList* data);
+                                  std::uint32_t frames, AudioBufferList* data) ZEMO_NONBLOCKING;
 
 /// What kind of component is looked for.
 struct AudioComponentDescription {

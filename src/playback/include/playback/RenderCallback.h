@@ -12,6 +12,7 @@ namespace zemo {
 /// `context` is the address of bufferPlayer. Always returns 0.
 platform::Status FloatBufferRenderProc(void* context, platform::RenderActionFlags* flags,
                                        const platform::AudioTimeStamp* time, std::uint32_t bus,
-                                       std::uint32_t frames, platform::AudioBufferList* data);
+                                       std::uint32_t frames,
+                                       platform::AudioBufferList* data) noexcept ZEMO_NONBLOCKING;
 
 } // namespace zemo

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/RealTime.h"
 #include "playback/Delegate.h"
 
 namespace zemo {
@@ -19,20 +20,22 @@ public:
     static constexpr std::size_t kCapacity = 4096; ///< messages; a power of two
     static constexpr std::size_t kReserved = 1024;
 
-    void updateValue(float level) override; ///< [audio][rt]
+    void updateValue(float level) noexcept ZEMO_NONBLOCKING override; ///< [audio][rt]
     /// [audio][rt] Takes one place.
-    void repeatUpdateValue(float level, std::uint32_t times) override;
-    void resetMeter() override;                      ///< [audio][rt]
-    void resetPlayTitle() override;                  ///< [audio][rt]
-    void traceIdleCycle(std::int32_t left) override; ///< [audio][rt]
-    void traceMissingBuffer() override;              ///< [audio][rt]
+    void repeatUpdateValue(float level, std::uint32_t times) noexcept ZEMO_NONBLOCKING override;
+    void resetMeter() noexcept ZEMO_NONBLOCKING override;                      ///< [audio][rt]
+    void resetPlayTitle() noexcept ZEMO_NONBLOCKING override;                  ///< [audio][rt]
+    void traceIdleCycle(std::int32_t left) noexcept ZEMO_NONBLOCKING override; ///< [audio][rt]
+    void traceMissingBuffer() noexcept ZEMO_NONBLOCKING override;              ///< [audio][rt]
 
     /// [main] Hands every waiting message to `receiver`, oldest first. Returns how many places
     /// they took.
     std::size_t drain(RenderDelegate& receiver);
 
     /// [any][rt] Messages other than redraw requests that found no room. Stays 0 in practice.
-    std::uint64_t dropped() const noexcept { return dropped_.load(std::memory_order_relaxed); }
+    std::uint64_t dropped() const noexcept ZEMO_NONBLOCKING {
+        return dropped_.load(std::memory_order_relaxed);
+    }
 
 private:
     enum class Kind : std::uint8_t { UpdateValue, ResetMeter, ResetPlayTitle, Idle, NoBuffer };
@@ -43,8 +46,8 @@ private:
         std::uint32_t times = 1;
     };
 
-    bool push(const Message& message, std::size_t room) noexcept;
-    void pushImportant(const Message& message) noexcept;
+    bool push(const Message& message, std::size_t room) noexcept ZEMO_NONBLOCKING;
+    void pushImportant(const Message& message) noexcept ZEMO_NONBLOCKING;
     static void deliver(const Message& message, RenderDelegate& receiver);
 
     std::array<Message, kCapacity> ring_{};

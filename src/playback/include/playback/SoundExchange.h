@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "platform/RealTime.h"
 #include "playback/SharedState.h"
 
 /// How the sound is replaced while the audio thread may be reading it.
@@ -69,13 +70,14 @@ void clean();
 /// [audio][rt] The callback's passage through the sound: what it may read while it lives.
 class RenderPassage {
 public:
-    RenderPassage() noexcept;
+    RenderPassage() noexcept ZEMO_NONBLOCKING;
     RenderPassage(const RenderPassage&) = delete;
     RenderPassage& operator=(const RenderPassage&) = delete;
-    ~RenderPassage();
+    ~RenderPassage() ZEMO_NONBLOCKING;
 
-    const float* samples() const noexcept { return samples_; }
-    std::int64_t count() const noexcept { return count_; } ///< 0 while the sound is exchanged
+    const float* samples() const noexcept ZEMO_NONBLOCKING { return samples_; }
+    /// 0 while the sound is exchanged.
+    std::int64_t count() const noexcept ZEMO_NONBLOCKING { return count_; }
 
 private:
     std::int64_t count_;

@@ -22,26 +22,28 @@ public:
     void setTail(std::uint32_t frames) noexcept { tailFrames_ = frames; } ///< [main]
 
     /// [audio][rt] Fills `frames` mono frames. Returns fewer only at the very end.
-    std::uint32_t fill(float* output, std::uint32_t frames) noexcept;
+    std::uint32_t fill(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING;
 
-    void begin() noexcept;   ///< [main] with no device run under way
-    bool resume() noexcept;  ///< [main] true when render calls go on in the run under way
-    void askStop() noexcept; ///< [any][rt] render calls give way to the tail
-    void drained() noexcept { phase_.store(Phase::Drained); } ///< [any] the device has ended
-    void end() noexcept { phase_.store(Phase::Idle); }        ///< [main] the device run is over
+    void begin() noexcept;  ///< [main] with no device run under way
+    bool resume() noexcept; ///< [main] true when render calls go on in the run under way
+    void askStop() noexcept ZEMO_NONBLOCKING; ///< [any][rt] render calls give way to the tail
+    void drained() noexcept ZEMO_NONBLOCKING {
+        phase_.store(Phase::Drained);
+    }                                                  ///< [any] the device has ended
+    void end() noexcept { phase_.store(Phase::Idle); } ///< [main] the device run is over
 
     /// [main] Returns when no call of the callback is running; none follows, whatever the device
     /// still asks for.
     void halt() noexcept;
 
     /// [any] Requests of the device so far, in all runs.
-    std::uint64_t requests() const noexcept { return entered_.load(); }
+    std::uint64_t requests() const noexcept ZEMO_NONBLOCKING { return entered_.load(); }
 
-    Phase phase() const noexcept { return phase_.load(); } ///< [any][rt]
+    Phase phase() const noexcept ZEMO_NONBLOCKING { return phase_.load(); } ///< [any][rt]
 
 private:
-    std::uint32_t answer(float* output, std::uint32_t frames) noexcept;
-    std::uint32_t fillTail(std::uint32_t frames) noexcept;
+    std::uint32_t answer(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING;
+    std::uint32_t fillTail(std::uint32_t frames) noexcept ZEMO_NONBLOCKING;
 
     RenderCallback callback_ = nullptr;
     void* context_ = nullptr;

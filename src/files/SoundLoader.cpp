@@ -64,7 +64,8 @@ bool normalizeSound(float* maxval, bool force) {
     if (!ensureSoundIsWritable()) {
         return false;
     }
-    platform::runLongWork([&] { normalize(fBuffer.load(), fBuffersize.load(), maxval, force); },
+    const SoundWithheld sound; // a play can be begun meanwhile
+    platform::runLongWork([&] { normalize(fBuffer.load(), sound.count(), maxval, force); },
                           platform::Cancel::NotAllowed);
     return true;
 }

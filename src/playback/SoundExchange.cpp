@@ -150,6 +150,14 @@ bool ensureSoundIsWritable() {
     return true;
 }
 
+SoundWithheld::SoundWithheld() : count_((fallIdle(), fBuffersize.exchange(0))) {
+    awaitRenderCallsUnderWay();
+}
+
+SoundWithheld::~SoundWithheld() {
+    fBuffersize.store(count_);
+}
+
 void emptyBuffer() {
     replaceBuffer(nullptr, 0, 0);
 }

@@ -6,6 +6,7 @@
 #include "files/RawFileReader.h"
 #include "files/SoundLoader.h"
 #include "files_test/SoundFiles.h"
+#include "platform/LongWork.h"
 #include "playback/OutputUnit.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
@@ -166,6 +167,38 @@ TEST_F(OpenDuringPlay, ARefusedFilesOldSoundIsScaledOnlyWhenThePlayIsAtRest) {
     EXPECT_EQ(calls.at(0), fadeOut()) << "of the sound as it was";
     expectAtRest();
     EXPECT_NE(currentSound()[0], kLevel);
+}
+
+/// Long work in the middle of which a person presses Play.
+class PlayDuringWork final : public platform::LongWork {
+public:
+    explicit PlayDuringWork(FakePlatform& platform) : platform_(platform) {
+        platform::services().longWork = this;
+    }
+    bool run(const Work& work, platform::Cancel /*cancel*/) override {
+        bufferPlay0(0);
+        heard = platform_.output.pump(kFrames);
+        work();
+        return true;
+    }
+    void pause(std::chrono::microseconds duration) override { platform_.clock.sleepFor(duration); }
+
+    std::vector<float> heard;
+
+private:
+    FakePlatform& platform_;
+};
+
+TEST_F(OpenDuringPlay, APlayThatIsBegunWhileTheSoundIsScaledHearsNothingOfIt) {
+    letTheDeviceRun();
+    PlayDuringWork work(platform);
+    float maxval = 0.0F;
+    finishOpening("/new.caf", &maxval, true);
+    EXPECT_EQ(work.heard, std::vector<float>(kFrames, 0.0F));
+    EXPECT_EQ(currentSound(), std::vector<float>(100000, kLevel / (kLevel * 1.1F)));
+    EXPECT_FALSE(platform.output.running) << "it ended at once";
+    bufferPlay0(0);
+    EXPECT_NE(platform.output.pump(kFrames)[1], 0.0F);
 }
 
 } // namespace

@@ -60,6 +60,21 @@ SampleBlock heldSound();
 /// when there is no memory for it.
 bool ensureSoundIsWritable();
 
+/// [main] While one lives there is no sound to play: its samples may be written to, and no render
+/// call reads them, not even of a play that is begun meanwhile. Falls idle first.
+class SoundWithheld {
+public:
+    SoundWithheld();
+    SoundWithheld(const SoundWithheld&) = delete;
+    SoundWithheld& operator=(const SoundWithheld&) = delete;
+    ~SoundWithheld();
+
+    std::int64_t count() const noexcept { return count_; } ///< samples of the sound
+
+private:
+    std::int64_t count_;
+};
+
 /// [main] How many samples behind the sound's end may be read.
 std::int64_t slackSamples() noexcept;
 

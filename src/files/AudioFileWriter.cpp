@@ -72,12 +72,12 @@ bool refuseForMemory() {
     return false;
 }
 
-/// Whether the file was closed without error. Any other failure ends the process here, the
-/// unfinished file removed and the old one as it was.
+/// Whether the file was closed without error, and not cancelled. Any other failure ends the process
+/// here, the unfinished file removed and the old one as it was.
 bool finish(const WriteOutcome& outcome) {
     CheckError(outcome.createError, "Format error: ");
     CheckError(outcome.writeError, "File writing error: ");
-    return outcome.closeError == 0;
+    return outcome.done();
 }
 
 /// What is to be written: the bytes of `body` and behind them those of `tail`.

@@ -10,6 +10,7 @@
 #include "files/AudioFileWriter.h"
 #include "files_test/SoundChecks.h"
 #include "platform/Progress.h"
+#include "support/CancellingWork.h"
 #include "support/FakePlatform.h"
 
 /// Every system call of a save fails in turn, in every way.
@@ -256,6 +257,15 @@ TEST_P(SaveFailure, ATargetThatMayNotBeWrittenIsRefused) {
     platform::services().alert = &witness;
     EXPECT_EXIT(save(GetParam()), testing::ExitedWithCode(1),
                 "Format error:  \\(13\\).*\\|all is well\n$");
+}
+
+TEST_P(SaveFailure, ACancelledSaveIsNotSaidToHaveSaved) {
+    Scene scene(GetParam());
+    const CancellingWork work(0.0);
+    EXPECT_FALSE(save(GetParam()));
+    EXPECT_EQ(work.cancelled, 1);
+    EXPECT_EQ(scene.faults(oldFile()), "all is well");
+    EXPECT_TRUE(scene.platform.alert.shown.empty()) << "it is what the user wanted";
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, SaveFailure, testing::ValuesIn(kWays), [](const auto& test) {

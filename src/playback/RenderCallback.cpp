@@ -89,6 +89,7 @@ private:
     double positionAfter(std::int64_t first) const noexcept;
     void advance(double position) noexcept;
     void endPlay() noexcept;
+    void fallSilent() noexcept;
     void clearPlaying() noexcept;
     void publishLevel() noexcept;
     float peakLevel() const noexcept;
@@ -183,11 +184,21 @@ void RenderCall::advance(double position) noexcept {
 /// And from the moment when isPlaying is 0 it may, so all else of this play is stored before.
 void RenderCall::endPlay() noexcept {
     if (state_ != Silent) {
-        state_ = Silent;
-        player_.rampState.store(Silent, relaxed);
+        fallSilent();
     }
     clearPlaying();
     outside_.stopUnit();
+}
+
+/// A stop that was asked for during the call has nothing more to end. A play that was begun during
+/// it stands: that can be when a stop came so late that nothing played any more.
+void RenderCall::fallSilent() noexcept {
+    std::uint32_t expected = state_;
+    state_ = Silent;
+    if (!player_.rampState.compare_exchange_strong(expected, Silent, relaxed) &&
+        expected == FadeOut) {
+        player_.rampState.compare_exchange_strong(expected, Silent, relaxed);
+    }
 }
 
 void RenderCall::clearPlaying() noexcept {
@@ -254,8 +265,8 @@ void RenderCall::endSilentCall() noexcept {
 }
 
 void RenderCall::endFadeOut() noexcept {
-    player_.rampState.store(Silent, relaxed);
-    player_.isPlaying.store(0, std::memory_order_release);
+    fallSilent();
+    clearPlaying();
     outside_.resetPlayTitle();
     outside_.resetMeter();
 }

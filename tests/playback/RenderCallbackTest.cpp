@@ -394,5 +394,31 @@ TEST_F(Level, IsSentWithEveryCall) {
     EXPECT_EQ(messages(), Messages({"updateValue 0.5"}));
 }
 
+/// Begins a play in the middle of a call that has come to the sound's end.
+struct PlaysAtTheEnd final : RenderDelegate {
+    void updateValue(float) override {}
+    void repeatUpdateValue(float, std::uint32_t) override { bufferPlay0(0); }
+    void resetMeter() override {}
+    void resetPlayTitle() override {}
+    void traceIdleCycle(std::int32_t) override {}
+    void traceMissingBuffer() override {}
+};
+
+TEST_F(RenderCallback, APlayThatIsBegunWhileALateStopRunsOutIsNotLost) {
+    startPlaying(Frames(8, 0.5F));
+    bufferPlayer.isPlaying = 0; // the play has ended, and only then the stop was stored
+    bufferPlayer.rampState = FadeOut;
+    bufferPlayer.readPosition = 8.0;
+    PlaysAtTheEnd delegate;
+    renderDelegate = &delegate;
+    call(4);
+    EXPECT_EQ(bufferPlayer.rampState, FadeIn);
+    EXPECT_EQ(bufferPlayer.isPlaying, 1);
+    renderDelegate = &platform_.delegate;
+    superviseOutputUnit();
+    EXPECT_TRUE(platform_.output.running);
+    EXPECT_NE(call(4)[1], 0.0F);
+}
+
 } // namespace
 } // namespace zemo::test

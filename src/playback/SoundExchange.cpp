@@ -40,6 +40,14 @@ bool canCount(std::int64_t count) {
     return count >= 0 && count <= kMost - kSlackSamples;
 }
 
+/// Nobody else holds the block, and whatever others read in it is behind this thread: a share that
+/// is given back comes after those that were given back before. The count alone has no order.
+bool isOwnedAlone(const SampleBlock& block) {
+    const bool isAlone = block.use_count() <= 1;
+    SampleBlock(block).reset();
+    return isAlone;
+}
+
 /// The callback never waits, so this lasts no longer than one call.
 void awaitRenderCallsUnderWay() {
     const std::uint64_t entered = callsEntered.load();
@@ -137,7 +145,7 @@ SampleBlock heldSound() {
 }
 
 bool ensureSoundIsWritable() {
-    if (ownedBlock().use_count() <= 1) {
+    if (isOwnedAlone(ownedBlock())) {
         return true;
     }
     const std::int64_t count = fBuffersize.load();

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cmath>
 #include <mutex>
+#include <numeric>
 #include <random>
 #include <thread>
 
@@ -311,6 +312,27 @@ TEST_F(SoundExchangeUnderThreads, ThePlayerIsNeverLeftStuck) {
     }
     EXPECT_EQ(output.firstWrong(), "");
     fallIdle();
+}
+
+TEST_F(SoundExchangeUnderThreads, ASoundThatAnotherThreadHeldIsWrittenToOnlyBehindItsLastRead) {
+    for (int i = 0; i < 100; ++i) {
+        loadSound({1.0F, 2.0F, 3.0F});
+        const float* const before = fBuffer.load();
+        float sum = 0.0F;
+        std::atomic<bool> isGivenBack{false};
+        std::thread holder([&, held = heldSound()]() mutable {
+            sum = std::accumulate(held.get(), held.get() + 3, 0.0F);
+            held.reset();
+            isGivenBack.store(true, std::memory_order_relaxed); // tells when, and orders nothing
+        });
+        while (!isGivenBack.load(std::memory_order_relaxed)) {
+        }
+        ASSERT_TRUE(ensureSoundIsWritable());
+        fBuffer.load()[1] = -2.0F;
+        holder.join();
+        EXPECT_EQ(sum, 6.0F);
+        EXPECT_EQ(fBuffer.load(), before) << "nobody held it any more";
+    }
 }
 
 TEST_F(SoundExchangeUnderThreads, APlayIsWholeHoweverOftenItIsBegunInTheSilenceAfterAnother) {

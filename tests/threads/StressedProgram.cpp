@@ -20,7 +20,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::size_t kLongest = 1500; ///< samples; beyond them a sound is only made shorter
-constexpr const char* kSavedPaths[] = {"/saved.caf", "/saved.aif"};
 
 Samples noise(std::mt19937& random, std::size_t count, float loudness) {
     Samples samples(count);
@@ -173,6 +172,17 @@ void StressedProgram::listen() {
     ++done_["listen"];
 }
 
+void StressedProgram::lookAtCopy() {
+    if (const std::string wrong = copy_.wrong(); !wrong.empty()) {
+        complain(wrong);
+    }
+    ++done_["rescue copy"];
+}
+
+std::string StressedProgram::savedPath() {
+    return disk_.folder() / (oneIn(2) ? "saved.caf" : "saved.aif");
+}
+
 bool StressedProgram::comeToRest() {
     output_.setManners(EagerOutput::Manners::Polite);
     rude_ = false;
@@ -214,7 +224,7 @@ void StressedProgram::doSomething() {
     case 4:
         return openSaved();
     case 5:
-        return hold();
+        return oneIn(3) ? lookAtCopy() : hold();
     case 6:
     case 7:
         return save();
@@ -258,7 +268,7 @@ void StressedProgram::open(const File& file) {
 }
 
 void StressedProgram::openSaved() {
-    const std::string path = kSavedPaths[below(2)];
+    const std::string path = savedPath();
     if (saved_.count(path) > 0) {
         open({.path = path, .sound = saved_.at(path)});
     }
@@ -343,6 +353,7 @@ void StressedProgram::transformTo(const char* name, Samples made,
     });
     if (!refusal) {
         model_.accept(std::move(made));
+        copy_.keep(model_.sound);
     } else {
         model_.reject();
         if (refusal->category != platform::ErrorCategory::Cancelled) {
@@ -361,6 +372,7 @@ void StressedProgram::revertSound() {
             return true;
         });
         model_.revert();
+        copy_.keep(model_.sound);
         ++done_["Revert"];
         check("Revert");
     }
@@ -386,11 +398,11 @@ void StressedProgram::save() {
     if (!areSame(held.samples, Samples(expected.begin(), expected.end() - 2))) {
         complain("a sound that is held has changed");
     }
-    const std::string path = kSavedPaths[below(2)];
-    platform_.operations.calls.clear();
+    const std::string path = savedPath();
     const bool saved = saveHeldSound(FileUrl(path), held.sound);
     if (saved) {
         saved_[path] = expected;
+        copy_.drop();
     }
     ++done_[saved ? "save" : "save, cancelled"];
     check("save");

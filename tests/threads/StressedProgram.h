@@ -8,6 +8,7 @@
 
 #include "BesideWork.h"
 #include "EagerOutput.h"
+#include "KeptCopy.h"
 #include "NotePlayer.h"
 #include "SoundBook.h"
 #include "SoundModel.h"
@@ -89,6 +90,8 @@ private:
     void attendPlayback();
     void listen();
     void changeManners();
+    void lookAtCopy();
+    std::string savedPath();
 
     void open(const File& file);
     void openSaved();
@@ -121,6 +124,8 @@ private:
     SoundBook book_;
     EagerOutput output_;
     SoundModel model_;
+    StressedDisk disk_{platform_.files};
+    KeptCopy copy_{disk_.folder() / "rescue"};
     undo_struct undo_;
     std::optional<Held> held_;
     std::vector<File> files_;

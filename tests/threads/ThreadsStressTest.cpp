@@ -13,7 +13,7 @@ namespace zemo::test {
 namespace {
 
 #if defined(__SANITIZE_THREAD__)
-constexpr std::uint64_t kCalls = 150'000;
+constexpr std::uint64_t kCalls = 300'000;
 #else
 constexpr std::uint64_t kCalls = 100'000;
 #endif
@@ -48,7 +48,7 @@ TEST(ThreadsUnderStress, EveryCallIsOfOneSoundAndEverySoundIsTheOneThatWasAskedF
     EXPECT_GT(program.notes(), 100U);
     EXPECT_GT(program.cancelled(), 0U);
     for (const char* what : {"open", "import", "save", "Revert", "resample", "AM", "lower sideband",
-                             "upper sideband", "FM", "HD", "rest"}) {
+                             "upper sideband", "FM", "HD", "rescue copy", "rest"}) {
         EXPECT_GT(program.done().count(what), 0U) << what;
     }
 }

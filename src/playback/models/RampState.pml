@@ -9,9 +9,9 @@
  * Variants, each of which is to be found wrong:
  *   PLAIN_MOVE    a call moves to the next state without looking whether it is still what it read
  *   PLAIN_END     a call that ends the play stores Silent without looking
- *   ALWAYS_CLEAR  a silent call clears isPlaying although it has read that nothing plays
  *   NO_SETTLING   the supervision does not look whether a play was begun as the unit stopped
- *   EARLY_CLEAR   the end of the fade clears isPlaying before it stores Silent
+ *   EVERY_STOP    a demand that is not met: where the unit's start takes three calls and more, a stop
+ *                 that comes before the supervision has looked is ignored, as if nothing played yet
  */
 #define LENGTH 3 /* of the sound, in calls */
 #define PRESSES 3
@@ -86,12 +86,8 @@ end:do
             :: left > 0 -> compareAndExchange(idleCycles, left, left - 1)
             :: left == 0 && !ended ->
                 if
-#ifdef ALWAYS_CLEAR
-                :: isPlaying = 0
-#else
                 :: wasPlaying -> isPlaying = 0
                 :: else
-#endif
                 fi;
                 running = false
             :: else
@@ -107,16 +103,11 @@ end:do
             :: else
             fi
         :: state == FadeOut ->                                    /* endFadeOut */
-#ifdef EARLY_CLEAR
-            isPlaying = 0;
-            fallSilent()
-#else
             fallSilent();
             if /* clearPlaying */
             :: wasPlaying -> isPlaying = 0
             :: else
             fi
-#endif
         fi;
         inCall = false
     od
@@ -142,6 +133,9 @@ inline bufferStop0() {
     if
     :: isPlaying != 0 -> atomic { rampState = FadeOut; playAsked = false; stopAsked = true }
     :: else
+#ifdef EVERY_STOP
+        -> assert(!playAsked)
+#endif
     fi
 }
 

@@ -91,7 +91,7 @@ std::vector<double> secondsOfCalls(double seconds) {
     return times;
 }
 
-/// Busy loops on every core, the caller's own too.
+/// So many busy loops at once; the system spreads them over the cores.
 class BusyLoops {
 public:
     explicit BusyLoops(unsigned count) {
@@ -151,10 +151,11 @@ int main(int count, char** arguments) {
     const unsigned cores = std::max(1U, std::thread::hardware_concurrency());
     std::printf("%-28s %9s %9s %9s %9s %10s %10s %10s\n", "512 frames at 48 kHz", "calls",
                 "median us", "99.99 %", "worst", "of period", "99.99 %", "worst");
-    zemo::measure("idle", seconds, 0, false);
+    zemo::measure("alone", seconds, 0, false);
     zemo::measure("a loop on each other core", seconds, cores - 1, false);
     zemo::measure("a loop on every core", seconds, cores, false);
-    zemo::measure("the same, real-time priority", seconds, cores, true);
+    zemo::measure("real-time, alone", seconds, 0, true);
+    zemo::measure("real-time, a loop on every", seconds, cores, true);
     zemo::bufferPlayer.outputUnit = nullptr;
     return 0;
 }

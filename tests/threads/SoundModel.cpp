@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstring>
+#include <cstddef>
 
 #include "dsp/AmplitudeModulation.h"
 #include "dsp/Filters.h"
@@ -73,8 +73,8 @@ void SoundModel::revert() {
 }
 
 bool SoundModel::hasHistories() const {
-    const Histories program = ofTheProgram();
-    return std::memcmp(&program, &now_, sizeof program) == 0;
+    using Bytes = std::array<std::byte, sizeof(Histories)>;
+    return std::bit_cast<Bytes>(ofTheProgram()) == std::bit_cast<Bytes>(now_);
 }
 
 Samples samplesOf(const undo_struct& undo) {

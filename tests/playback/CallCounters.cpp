@@ -169,12 +169,14 @@ void free(void* block) {
     __libc_free(block);
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are lists and types
 #define COUNTED(count, result, name, parameters, arguments)                                        \
     result name parameters {                                                                       \
         static const auto real = next<result(*) parameters>(#name);                                \
         count();                                                                                   \
         return real arguments;                                                                     \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 COUNTED(countAllocation, void*, mmap, (void* at, size_t n, int p, int f, int d, off_t o),
         (at, n, p, f, d, o))

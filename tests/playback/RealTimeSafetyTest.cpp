@@ -157,7 +157,7 @@ TEST_F(RealTimeSafety, ALockInsideACallIsCounted) {
     sem_init(&semaphore, 0, 0);
     const std::vector<std::function<void()>> deeds{
         [&] { pthread_mutex_lock(&mutex); },
-        [&] { pthread_mutex_trylock(&mutex); },
+        [&] { static_cast<void>(pthread_mutex_trylock(&mutex)); },
         [&] { pthread_mutex_unlock(&mutex); },
         [&] { pthread_rwlock_rdlock(&both); },
         [&] { pthread_rwlock_unlock(&both); },

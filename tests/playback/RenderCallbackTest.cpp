@@ -394,10 +394,12 @@ TEST_F(Level, IsSentWithEveryCall) {
     EXPECT_EQ(messages(), Messages({"updateValue 0.5"}));
 }
 
-/// Begins a play in the middle of a call that has come to the sound's end.
+/// Has another thread begin a play in the middle of a call that has come to the sound's end.
 struct PlaysAtTheEnd final : RenderDelegate {
     void updateValue(float) override {}
-    void repeatUpdateValue(float, std::uint32_t) override { bufferPlay0(0); }
+    void repeatUpdateValue(float, std::uint32_t) override {
+        std::thread([] { bufferPlay0(0); }).join();
+    }
     void resetMeter() override {}
     void resetPlayTitle() override {}
     void traceIdleCycle(std::int32_t) override {}

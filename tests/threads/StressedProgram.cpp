@@ -357,7 +357,7 @@ void StressedProgram::transformTo(const char* name, Samples made,
     } else {
         model_.reject();
         if (refusal->category != platform::ErrorCategory::Cancelled) {
-            complain(std::string(name) + ": " + refusal->sentence);
+            complain(std::string(name) + ": " + std::string(refusal->sentence));
         }
     }
     ++done_[std::string(name) + (refusal ? ", cancelled" : "")];

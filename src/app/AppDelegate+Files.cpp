@@ -84,13 +84,13 @@ void AppDelegate::OpenDialog(QObject* /*sender*/) {
     panel->open();
 }
 
-void AppDelegate::openChosenFile(const QString& path) {
+void AppDelegate::openChosenFile(const QString& path, Level level) {
     if (work_.isBusy()) {
         return;
     }
     work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
     const FileUrl url(fileSystemPath(path));
-    const SoundChange change(*this, SoundChange::Source::File);
+    SoundChange change(*this, SoundChange::Source::File);
     const OpenResult result = openByExtension(url, swapRaw);
     if (result.cancelled) {
         showResult(tr("Cancelled"));
@@ -99,7 +99,10 @@ void AppDelegate::openChosenFile(const QString& path) {
     if (!result.isAudioFile) {
         string = result.status;
     }
-    finishOpening(url.path(), &maxval, norm);
+    if (level == Level::Scaled) {
+        change.scalingFollows();
+        finishOpening(url.path(), &maxval, norm);
+    }
     describeSound(path, result.status);
 }
 
@@ -121,7 +124,7 @@ void AppDelegate::openChosenRawFile(const QString& path) {
     }
     work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
     const std::string file = fileSystemPath(path);
-    const SoundChange change(*this, SoundChange::Source::File);
+    SoundChange change(*this, SoundChange::Source::File);
     const char* const status = openFile(file.c_str(), swapRaw);
     if (status == kReadingCancelled) {
         showResult(tr("Cancelled"));
@@ -129,6 +132,7 @@ void AppDelegate::openChosenRawFile(const QString& path) {
     }
     string = status;
     trace().log(string);
+    change.scalingFollows();
     finishOpening(file, &maxval, true);
     describeSound(path, string);
 }

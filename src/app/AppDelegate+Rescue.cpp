@@ -77,7 +77,7 @@ rescue::RescueFolder AppDelegate::takeFirstRescued() {
     return first;
 }
 
-/// By Open, or by Import where the output runs at another rate than it did then.
+/// As it was, however loud, or by Import where the output runs at another rate than it did then.
 void AppDelegate::restoreRescued() {
     if (work_.isBusy() || rescued_.empty()) {
         return;
@@ -87,7 +87,7 @@ void AppDelegate::restoreRescued() {
     if (refusalReason(FileUrl(rescued_.front().copy())).kind == RefusalReason::Kind::Rate) {
         importFile(path);
     } else {
-        openFileNamed(path);
+        openChosenFile(path, Level::Exact);
     }
     if (rescue::SoundIdentity::now() != before) {
         unsaved_.restored(takeFirstRescued());

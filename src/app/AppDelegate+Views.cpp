@@ -35,12 +35,20 @@ AppDelegate::SoundChange::SoundChange(AppDelegate& delegate, Source source)
 
 AppDelegate::SoundChange::~SoundChange() {
     delegate_.soundDidChange();
-    if (source_ == Source::Work) {
-        const QByteArray name = QFile::encodeName(delegate_.soundName_->text());
-        delegate_.unsaved_.changed(before_, name.toStdString());
-    } else {
+    const std::string name = QFile::encodeName(delegate_.soundName_->text()).toStdString();
+    if (source_ == Source::File) {
         delegate_.unsaved_.opened(before_);
+    } else if (source_ == Source::Scaling) {
+        delegate_.unsaved_.scaled(before_, name);
+    } else {
+        delegate_.unsaved_.changed(before_, name);
     }
+}
+
+void AppDelegate::SoundChange::scalingFollows() {
+    delegate_.unsaved_.opened(before_);
+    before_ = rescue::SoundIdentity::now();
+    source_ = Source::Scaling;
 }
 
 void AppDelegate::soundWillChange() {

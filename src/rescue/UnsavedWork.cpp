@@ -10,6 +10,20 @@ void UnsavedWork::opened(const SoundIdentity& before) {
     }
 }
 
+void UnsavedWork::scaled(const SoundIdentity& before, const std::string& name) {
+    const HeldSound sound = HeldSound::take();
+    if (sound.empty()) {
+        return;
+    }
+    if (inFile_ == before) {
+        inFile_ = SoundIdentity(sound);
+    }
+    if (keeper_ != nullptr && kept_ == before) {
+        kept_ = SoundIdentity(sound);
+        keeper_->keep(sound, name);
+    }
+}
+
 void UnsavedWork::changed(const SoundIdentity& before, const std::string& name) {
     const HeldSound sound = HeldSound::take();
     const SoundIdentity now(sound);

@@ -1,5 +1,6 @@
 #include "rescue/UnsavedWork.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "Rescues.h"
@@ -34,6 +35,19 @@ protected:
         swapBuffer(samples, count, slack);
         make_revert(undo_, std::move(samples), count);
         work_.changed(before, "bell.caf");
+    }
+    /// In the block itself, as where nobody else holds it.
+    void scaleInPlace(float factor) {
+        const SoundIdentity before = SoundIdentity::now();
+        keeper_->finish(60s);
+        std::transform(fBuffer.load(), fBuffer.load() + 100, fBuffer.load(),
+                       [factor](float sample) { return sample * factor; });
+        work_.scaled(before, "bell.caf");
+    }
+    void scaleInACopy(float factor) {
+        const SoundIdentity before = SoundIdentity::now();
+        makeSound(100, fBuffer.load()[0] * factor);
+        work_.scaled(before, "bell.caf");
     }
     void takeBack() {
         const SoundIdentity before = SoundIdentity::now();
@@ -149,6 +163,38 @@ TEST_F(UnsavedSounds, AFileThatIsRefusedLeavesTheSoundUnsaved) {
     transform(6);
     takeBack();
     EXPECT_EQ(kept(), 5.0F) << "5 was never in a file";
+}
+
+TEST_F(UnsavedSounds, UnsavedWorkThatIsScaledIsKeptAsItIsThen) {
+    open(1);
+    transform(2);
+    scaleInPlace(0.25F);
+    EXPECT_EQ(kept(), 0.5F);
+    scaleInACopy(0.5F);
+    EXPECT_EQ(kept(), 0.25F);
+    save();
+    EXPECT_EQ(kept(), 0.0F);
+}
+
+TEST_F(UnsavedSounds, AnOpenedSoundThatIsScaledIsNoWorkYet) {
+    open(2);
+    scaleInPlace(0.5F);
+    EXPECT_EQ(kept(), 0.0F);
+    scaleInACopy(0.5F);
+    transform(3);
+    takeBack();
+    EXPECT_EQ(kept(), 0.0F);
+}
+
+TEST_F(UnsavedSounds, ScalingASoundThatWasSavedNeedsNoCopy) {
+    open(1);
+    transform(2);
+    save();
+    scaleInACopy(0.5F);
+    EXPECT_EQ(kept(), 0.0F);
+    transform(3);
+    takeBack();
+    EXPECT_EQ(kept(), 0.0F);
 }
 
 TEST_F(UnsavedSounds, TheCopyOfARestoredSoundStaysUntilThatIsSaved) {

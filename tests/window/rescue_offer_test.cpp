@@ -3,6 +3,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <filesystem>
+#include <limits>
 
 #include "files/AudioFileWriter.h"
 #include "platform_linux/LinuxServices.h"
@@ -61,6 +62,21 @@ qsizetype copiesIn(const QTemporaryDir& state) {
     return count;
 }
 
+/// A sample of the only copy; NaN when there is none.
+float sampleOfCopy(const QTemporaryDir& state, int index) {
+    constexpr int kHeader = 68; // of our CAF: file, description and data chunk
+    float sample = std::numeric_limits<float>::quiet_NaN();
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(state.path().toStdString())) {
+        QFile file(QString::fromStdString(entry.path()));
+        if (entry.path().extension() == ".caf" && file.open(QFile::ReadOnly) &&
+            file.seek(kHeader + qint64{4} * index)) {
+            file.read(reinterpret_cast<char*>(&sample), sizeof sample);
+        }
+    }
+    return sample;
+}
+
 class RescueOfferTest : public QObject {
     Q_OBJECT
 private slots:
@@ -108,6 +124,32 @@ private slots:
         QCOMPARE(fBuffersize.load(), 500);
         QVERIFY(!zemo.isOffered());
         QCOMPARE(copiesIn(state), 1);
+    }
+
+    void a_loud_copy_is_restored_as_it_was() {
+        const QTemporaryDir state;
+        leaveWork(state, "bell.caf", 1.75F);
+        RescuedWindow zemo(state);
+        QTRY_VERIFY_WITH_TIMEOUT(zemo.isOffered(), kLong);
+        zemo.restore();
+        QCOMPARE(fBuffersize.load(), 1000);
+        QCOMPARE(fBuffer.load()[0], 1.75F);
+    }
+
+    void a_refused_file_that_has_the_work_scaled_has_its_copy_scaled() {
+        const QTemporaryDir state;
+        RescuedWindow zemo(state);
+        SampleBlock samples = allocateSamples(1000);
+        std::fill_n(samples.get(), 1000, 1.75F);
+        replaceBuffer(std::move(samples), 1000);
+        zemo.delegate.ResampleDialog(nullptr);
+        zemo.delegate.resamplingTextField->setText("1.5");
+        zemo.delegate.resamplingOkButton->click();
+        QTRY_COMPARE_WITH_TIMEOUT(copiesIn(state), 1, kLong);
+        zemo.delegate.openFileNamed(state.filePath("no such file.caf"));
+        const float scaled = fBuffer.load()[500];
+        QVERIFY(scaled < 1.0F);
+        QTRY_COMPARE_WITH_TIMEOUT(sampleOfCopy(state, 500), scaled, kLong);
     }
 
     void a_copy_that_cannot_be_read_stays_offered() {

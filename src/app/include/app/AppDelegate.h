@@ -196,7 +196,8 @@ private:
     void askForStop(TitledButton* sender);
     Q_INVOKABLE void attendPlayback();
     void onceClosed(std::function<void()> action);
-    void openChosenFile(const QString& path);
+    enum class Level { Scaled, Exact };
+    void openChosenFile(const QString& path, Level level = Level::Scaled);
     void openChosenRawFile(const QString& path);
     bool loadSheet(const SheetKind& kind);
     void openSheet(const SheetKind& kind);
@@ -222,11 +223,13 @@ private:
     // It ends with the sound known to be unsaved work or not.
     class SoundChange {
     public:
-        enum class Source { File, Work };
+        enum class Source { File, Scaling, Work };
         SoundChange(AppDelegate& delegate, Source source);
         SoundChange(const SoundChange&) = delete;
         SoundChange& operator=(const SoundChange&) = delete;
         ~SoundChange();
+        /// The file was read, or refused. The sound that is there now may be scaled next.
+        void scalingFollows();
 
     private:
         AppDelegate& delegate_;

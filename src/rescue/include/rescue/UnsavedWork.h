@@ -8,8 +8,9 @@
 
 namespace zemo::rescue {
 
-/// A sound's block of samples, known without being held. Blocks of samples stay as they are, so it
-/// tells one sound from another, also where an address comes again.
+/// A sound's block of samples, known without being held. Blocks of samples stay as they are, but
+/// for the scaling that follows an opening, so it tells one sound from another, also where an
+/// address comes again.
 class SoundIdentity {
 public:
     SoundIdentity() = default; ///< no sound
@@ -35,6 +36,9 @@ public:
     /// The sound may have come from a file in the place of `before`. What was unsaved until then is
     /// kept until more unsaved work takes its place.
     void opened(const SoundIdentity& before);
+    /// The sound may have been scaled, in its block or in a copy in the place of `before`. It is as
+    /// unsaved as it was: of unsaved work a new copy is made.
+    void scaled(const SoundIdentity& before, const std::string& name);
     /// A transformation or Revert may have put another sound in the place of `before`. A sound that
     /// stands in a file, as after a Revert of all there was, needs no copy, and neither does then
     /// the one that was taken back.

@@ -58,6 +58,18 @@ TEST_F(Resampler, FewerThanThreeSamplesAreRefused) {
     }
 }
 
+TEST_F(Resampler, MoreSamplesThanA32BitCountAreRefused) {
+    for (const std::int64_t beyond : {1, 2}) {
+        fBuffersize = INT32_MAX + beyond;
+        const Refusal refusal = resampleRefusal(0.5F);
+        ASSERT_TRUE(refusal);
+        EXPECT_EQ(refusal->sentence, "Only a sound of 3 to 2147483647 samples can be resampled.");
+    }
+    fBuffersize = INT32_MAX;
+    EXPECT_FALSE(resampleRefusal(0.5F));
+    fBuffersize = 0;
+}
+
 TEST_F(Resampler, ALengthThatCannotBeIsRefused) {
     for (const float ratio : {0.01F, kTiniest, 1e-30F, 2.2e7F, 1e30F, kLargest}) {
         expectRefused(noise(100, 1), ratio,

@@ -187,6 +187,21 @@ TEST(Extended80, WhatIsWrittenIsReadBackForEveryKindOfDouble) {
     }
 }
 
+TEST(Extended80, ZeroAndWhatIsNoNumberAreWrittenInTheirForms) {
+    const auto written = [](double number) {
+        ByteWriter out;
+        out.extended80(number);
+        return out.bytes();
+    };
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(written(0.0), extended(0, 0));
+    EXPECT_EQ(written(-0.0), extended(0x8000, 0));
+    EXPECT_EQ(written(kInfinity), extended(0x7FFF, 0));
+    EXPECT_EQ(written(-kInfinity), extended(0xFFFF, 0));
+    EXPECT_EQ(written(std::numeric_limits<double>::quiet_NaN()),
+              extended(0x7FFF, 0xC000000000000000));
+}
+
 TEST(Extended80, TheRatesOfTheTradeAreWrittenAsOthersWriteThem) {
     ByteWriter out;
     out.extended80(44100.0);

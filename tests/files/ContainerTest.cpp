@@ -34,6 +34,18 @@ Bytes audioOf(const Bytes& file) {
     return {first, first + static_cast<std::ptrdiff_t>(description.dataBytes)};
 }
 
+Bytes repeated(const Bytes& bytes, std::size_t times) {
+    Bytes all;
+    for (std::size_t i = 0; i < times; ++i) {
+        all.insert(all.end(), bytes.begin(), bytes.end());
+    }
+    return all;
+}
+
+bool isTaken(const Bytes& file) {
+    return static_cast<bool>(describe(file));
+}
+
 const Bytes kTwelve = counting(12); ///< three packets of four bytes
 
 // CAF: what the description becomes ---------------------------------------------------------
@@ -204,9 +216,33 @@ TEST(CafContainer, ANegativeCountInTheTableIsNone) {
     EXPECT_EQ(described(variablePackets(-1, counting(5), counting(30))).packetCount, 0U);
 }
 
+TEST(CafContainer, OfTwoTablesTheFirstCounts) {
+    const Bytes table =
+        cafChunk("pakt", join({big(5, 8), big(0, 8), big(0, 4), big(0, 4), counting(5)}));
+    const Bytes file = join({variablePackets(3, counting(3), counting(30)), table});
+    EXPECT_EQ(described(file).packetCount, 3U);
+}
+
+TEST(CafContainer, ATableShorterThanItsFieldsIsNone) {
+    const CafDescription description{.formatID = "aac ", .bytesPerPacket = 0, .bits = 0};
+    const auto withTable = [&](const Bytes& table) {
+        return described(join({cafHeader(), cafDescriptionChunk(description),
+                               cafChunk("pakt", table), cafDataChunk(kTwelve)}));
+    };
+    EXPECT_EQ(withTable(join({big(1, 8), zeros(15)})).packetCount, 0U);
+    EXPECT_EQ(withTable(join({big(1, 8), zeros(17)})).packetCount, 1U);
+}
+
 TEST(CafContainer, PacketsOfVaryingSizeWithoutATableCannotBeCounted) {
     const CafDescription description{.formatID = "aac ", .bytesPerPacket = 0, .bits = 0};
     EXPECT_EQ(described(cafFile(description, kTwelve)).packetCount, 0U);
+}
+
+TEST(CafContainer, APacketOfManyFramesHasItsBytesInEqualParts) {
+    const auto found = described(cafFile({.bytesPerPacket = 12, .framesPerPacket = 3}, kTwelve));
+    EXPECT_EQ(found.format.mBytesPerFrame, 4U);
+    EXPECT_EQ(found.format.mFormatFlags, platform::kIsFloat | platform::kIsPacked);
+    EXPECT_EQ(found.packetCount, 1U);
 }
 
 // CAF: refusals -----------------------------------------------------------------------------
@@ -234,6 +270,12 @@ TEST(CafContainer, ADescriptionOfNoChannelsBytesFramesOrBitsIsMalformed) {
     EXPECT_FALSE(describe(cafFile({.framesPerPacket = 0}, kTwelve)));
     EXPECT_FALSE(describe(cafFile({.bits = 0}, kTwelve)));
     EXPECT_FALSE(describe(cafFile({.bits = 65}, kTwelve)));
+}
+
+TEST(CafContainer, ADescriptionOfOneOfEachIsOne) {
+    const auto found = described(cafFile({.bytesPerPacket = 1, .bits = 1}, kTwelve));
+    EXPECT_EQ(found.packetCount, 12U);
+    EXPECT_EQ(found.format.mBitsPerChannel, 1U);
 }
 
 TEST(CafContainer, AFileOfNothingButEmptyChunksEnds) {
@@ -354,6 +396,8 @@ TEST(AiffContainer, EveryChannelAddsToThePacket) {
 TEST(AiffContainer, PacketsOfAnUnknownCompressionCannotBeCounted) {
     const auto found = described(aiffFile({.frames = 3, .compression = "QDMC"}, kTwelve));
     EXPECT_EQ(found.format.mFormatID, fourCharCode("QDMC"));
+    EXPECT_EQ(found.format.mFramesPerPacket, 0U);
+    EXPECT_EQ(found.format.mBytesPerPacket, 0U);
     EXPECT_EQ(found.packetCount, 0U);
 }
 
@@ -474,6 +518,30 @@ TEST(AiffContainer, AnAiffWithFramesNeedsSoundData) {
     EXPECT_FALSE(describe(aiffForm("AIFC", {aiffCommonChunk({.frames = 1})})));
 }
 
+TEST(AiffContainer, AFileOfNothingButEmptyChunksEnds) {
+    EXPECT_FALSE(describe(aiffForm("AIFC", {repeated(aiffChunk("ANNO", Bytes()), 70000)})));
+}
+
+TEST(AnyContainer, TheFirst65536ChunksAreLookedAt) {
+    for (const std::size_t others : {65534U, 65535U}) {
+        const Bytes ofCaf = repeated(cafChunk("free", Bytes()), others);
+        const Bytes ofAiff = repeated(aiffChunk("ANNO", Bytes()), others);
+        EXPECT_EQ(isTaken(join({cafHeader(), ofCaf, cafDescriptionChunk({}), cafDataChunk({})})),
+                  others == 65534);
+        EXPECT_EQ(isTaken(aiffForm(
+                      "AIFC", {ofAiff, aiffCommonChunk({.frames = 3}), aiffDataChunk(kTwelve)})),
+                  others == 65534);
+    }
+}
+
+TEST(AiffContainer, OfACompressionThatIsNotKnownNothingIsCounted) {
+    const auto found = described(aiffFile({.frames = 3, .compression = "zzzz"}, kTwelve));
+    EXPECT_EQ(found.format.mFormatID, fourCharCode("zzzz"));
+    EXPECT_EQ(found.format.mBytesPerPacket, 0U);
+    EXPECT_EQ(found.format.mFramesPerPacket, 0U);
+    EXPECT_EQ(found.packetCount, 0U);
+}
+
 // Any content -------------------------------------------------------------------------------
 
 TEST(AnyContainer, WhatIsNeitherCafNorAiffIsNotSupported) {
@@ -483,6 +551,7 @@ TEST(AnyContainer, WhatIsNeitherCafNorAiffIsNotSupported) {
         ASSERT_FALSE(result);
         EXPECT_EQ(result.error().category, ErrorCategory::NotSupported);
         EXPECT_FALSE(result.error().sentence.empty());
+        EXPECT_EQ(result.error().offset, 0U);
     }
 }
 
@@ -529,6 +598,49 @@ TEST(AnyContainer, CutOffInsideItsDataItKeepsThePacketsBefore) {
     }
 }
 
+TEST(AnyContainer, WhatIsWrongWithItIsSaid) {
+    const std::vector<std::pair<Bytes, std::string>> wrong{
+        {cafHeader(), "The CAF file has no audio description or no audio data."},
+        {cafFile({.channels = 0}, kTwelve), "The CAF file's audio description is wrong."},
+        {aiffForm("AIFC", {}), "The AIFF file has no common chunk."},
+        {aiffForm("AIFC", {aiffCommonChunk({.frames = 3})}), "The AIFF file has no sound data."},
+        {aiffFile({.channels = 0, .frames = 3}, kTwelve), "The AIFF file's common chunk is wrong."},
+    };
+    for (const auto& [file, sentence] : wrong) {
+        const Described result = describe(file);
+        ASSERT_FALSE(result) << sentence;
+        EXPECT_EQ(result.error().category, ErrorCategory::Malformed);
+        EXPECT_EQ(result.error().sentence, sentence);
+    }
+}
+
+TEST(AudioFile, NothingIsStoredBehindTheBytesAskedForWhateverFollowsThemInTheFile) {
+    constexpr std::size_t kPiece = std::size_t{1} << 22U;
+    FakePlatform platform;
+    platform.files.files["/x.caf"] = cafFile({}, Bytes(3 * kPiece, 1));
+    auto opened = AudioFile::open("/x.caf");
+    ASSERT_TRUE(opened);
+    for (const std::size_t count : {std::size_t{5}, kPiece - 1, kPiece, kPiece + 1}) {
+        Bytes bytes(4 * kPiece);
+        EXPECT_EQ(opened.value().readBytes(0, count, bytes.data()), count);
+        EXPECT_EQ(static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), 1)), count);
+    }
+}
+
+/// The disk fails in the middle piece of three.
+TEST(AudioFile, TheBytesBehindTheFirstThatCannotBeReadDoNotCount) {
+    constexpr std::size_t kPiece = std::size_t{1} << 22U;
+    FakePlatform platform;
+    const Bytes samples(3 * kPiece);
+    const Bytes file = cafFile({}, samples);
+    platform.files.files["/x.caf"] = file;
+    platform.files.unreadableByte = file.size() - samples.size() + kPiece + 1000;
+    auto opened = AudioFile::open("/x.caf");
+    ASSERT_TRUE(opened);
+    Bytes bytes(samples.size());
+    EXPECT_EQ(opened.value().readBytes(0, bytes.size(), bytes.data()), kPiece + 1000);
+}
+
 TEST(AudioFile, AReadOutsideTheAudioBytesGivesNothing) {
     FakePlatform platform;
     platform.files.files["/x.caf"] = join({cafFile({}, kTwelve), cafChunk("free", counting(50))});
@@ -537,6 +649,7 @@ TEST(AudioFile, AReadOutsideTheAudioBytesGivesNothing) {
     Bytes bytes(30);
     EXPECT_EQ(opened.value().readBytes(0, 30, bytes.data()), 12U);
     EXPECT_EQ(opened.value().readBytes(10, 30, bytes.data()), 2U);
+    EXPECT_TRUE(std::equal(kTwelve.begin() + 10, kTwelve.end(), bytes.begin()));
     EXPECT_EQ(opened.value().readBytes(12, 1, bytes.data()), 0U);
     EXPECT_EQ(opened.value().readBytes(UINT64_MAX, 1, bytes.data()), 0U);
 }

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <numeric>
 
 #include <gtest/gtest.h>
 
@@ -290,6 +291,18 @@ TEST_F(OpenRealFile, AFileOnDiskIsReadWholeAcrossManyBlocks) {
     EXPECT_EQ(soundWords(), wordsOf(bytes, bytes.size() / 4));
     openFile(path.c_str(), true);
     EXPECT_EQ(soundWords(), reversed(wordsOf(bytes, bytes.size() / 4)));
+}
+
+/// The file is taken in pieces of four megabytes.
+TEST_F(OpenRealFile, AFileOfManyPiecesIsReadWhole) {
+    std::vector<std::uint32_t> words(2'500'000);
+    std::iota(words.begin(), words.end(), 7U);
+    const auto path = folder / "long.raw";
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(words.data()),
+               static_cast<std::streamsize>(words.size() * sizeof(words[0])));
+    openFile(path.c_str(), false);
+    EXPECT_TRUE(soundWords() == words);
 }
 
 TEST_F(OpenRealFile, AnAbsentFileCannotBeOpened) {

@@ -4,6 +4,7 @@
 #include "files_test/SoundChecks.h"
 #include "files_test/SoundFiles.h"
 #include "playback/SharedState.h"
+#include "playback/SoundExchange.h"
 #include "support/FakePlatform.h"
 
 namespace zemo::test {
@@ -101,6 +102,19 @@ TEST_F(OpenDispatch, TheStatusOfFailedRawDataIsTheReadersResult) {
     EXPECT_EQ(open("/x.txt", text("hello")).status, "Raw data file: No text");
 }
 
+TEST_F(OpenDispatch, RawDataOfOneSampleIsASound) {
+    EXPECT_TRUE(open("/x", zeros(4)).loaded);
+    EXPECT_EQ(currentSound(), std::vector<float>{0.0F});
+}
+
+TEST_F(OpenDispatch, RawDataWithoutAnySampleLeavesNoSoundAndIsNotLoaded) {
+    loadSound({0.5F});
+    const OpenResult result = open("/x", zeros(3));
+    EXPECT_FALSE(result.loaded);
+    EXPECT_EQ(result.status, "Raw data file: size_error");
+    EXPECT_TRUE(currentSound().empty());
+}
+
 TEST_F(OpenDispatch, ASoundFileIsAnnouncedBeforeItsReaderBegins) {
     open("/x.caf", kRefused);
     ASSERT_GE(platform.trace.all.size(), 2U);
@@ -174,6 +188,26 @@ TEST_F(OpenDispatch, WithNoSoundThePeakIsZero) {
     openByExtension(FileUrl("/absent"), false);
     EXPECT_EQ(finish(true), 0.0F);
     EXPECT_EQ(platform.trace.all.back(), "log: 0 floats");
+}
+
+TEST_F(OpenDispatch, ASoundThatIsHeldIsScaledAsACopy) {
+    loadSound({2.0F});
+    const SampleBlock held = heldSound();
+    finish(true);
+    EXPECT_EQ(currentSound(), (std::vector<float>{scaled(2.0F, 2.0F)}));
+    EXPECT_EQ(*held, 2.0F);
+}
+
+TEST_F(OpenDispatch, AHeldSoundForWhoseCopyThereIsNoMemoryIsNotScaled) {
+    loadSound({2.0F});
+    const SampleBlock held = heldSound();
+    fBuffersize = INT64_MAX / 4; // more than any computer has
+    finish(true);
+    fBuffersize = 1;
+    EXPECT_EQ(currentSound(), (std::vector<float>{2.0F}));
+    ASSERT_EQ(platform.alert.shown.size(), 1U);
+    EXPECT_EQ(platform.alert.shown[0].message,
+              "The sound is too large for this computer's memory.");
 }
 
 TEST_F(OpenDispatch, TheSlackIsNotScaled) {

@@ -276,6 +276,19 @@ TEST_F(Supervision, ADeviceThatGoesAwayPutsThePlayerToRest) {
     EXPECT_EQ(starts(), 1) << "a play that failed is not begun again by itself";
 }
 
+TEST_F(Supervision, ADeviceThatGoesAwayUnheardPutsThePlayerToRestToo) {
+    loadSound(std::vector<float>(100, 0.5F));
+    bufferPlay0(0);
+    platform_.output.pump(10);
+    renderDelegate = nullptr;
+    platform_.output.running = false;
+    platform_.output.failed = true;
+    EXPECT_FALSE(superviseOutputUnit());
+    EXPECT_EQ(bufferPlayer.rampState, Silent);
+    EXPECT_EQ(bufferPlayer.isPlaying, 0);
+    EXPECT_EQ(value, 0.0F);
+}
+
 TEST_F(Supervision, APlayCanBeBegunAfterTheDeviceWentAway) {
     loadSound(std::vector<float>(100, 0.5F));
     bufferPlay0(0);

@@ -326,6 +326,29 @@ TEST_F(RenderCallback, WithoutADelegateThePlayGoesOnAllTheSame) {
     EXPECT_EQ(call(4), Frames({5, 6, 7, 8}));
 }
 
+TEST_F(RenderCallback, APlayThatNobodyListensToComesToItsEnd) {
+    renderDelegate = nullptr;
+    startPlaying(counting(10));
+    for (int i = 0; i < 8 && platform_.output.running; ++i) {
+        call(4);
+    }
+    EXPECT_FALSE(platform_.output.running);
+    EXPECT_EQ(bufferPlayer.isPlaying, 0);
+    EXPECT_EQ(value, 0.0F);
+    emptyBuffer();
+    EXPECT_EQ(call(4, 0.75F), Frames(4, 0.75F));
+}
+
+TEST_F(RenderCallback, AStoppedPlayThatNobodyListensToFadesOut) {
+    renderDelegate = nullptr;
+    startPlaying(counting(100));
+    call(4);
+    bufferStop0();
+    EXPECT_EQ(call(4), Frames({5.0F, 6.0F * 3 / 4, 7.0F * 2 / 4, 8.0F / 4}));
+    EXPECT_EQ(call(4), Frames(4, 0.0F));
+    EXPECT_EQ(value, 0.0F);
+}
+
 // The level ---------------------------------------------------------------------------------
 
 class Level : public RenderCallback {

@@ -1,5 +1,7 @@
 #include "playback/SoundExchange.h"
 
+#include <memory>
+
 #include <gtest/gtest.h>
 
 #include "playback/OutputUnit.h"
@@ -58,6 +60,33 @@ TEST_F(SoundExchange, NoMemoryGivesNull) {
     EXPECT_EQ(allocateSamples(-1), nullptr);
     EXPECT_EQ(allocateSamples(INT64_MAX), nullptr);
     EXPECT_EQ(allocateSamples(INT64_MAX / 4), nullptr);
+}
+
+TEST_F(SoundExchange, ASoundThatNobodyElseHoldsIsWritableInItsPlace) {
+    loadSound({1, 2, 3});
+    const float* const before = fBuffer;
+    EXPECT_TRUE(ensureSoundIsWritable());
+    EXPECT_EQ(fBuffer, before);
+}
+
+TEST_F(SoundExchange, ASoundThatSomebodyElseHoldsIsWritableAsACopy) {
+    loadSound({1, 2, 3});
+    const SampleBlock held = heldSound();
+    EXPECT_TRUE(ensureSoundIsWritable());
+    EXPECT_NE(fBuffer, held.get());
+    EXPECT_EQ(currentSound(), std::vector<float>({1, 2, 3}));
+    EXPECT_EQ(slackSamples(), kSlackSamples);
+    *fBuffer = 7;
+    EXPECT_EQ(*held, 1);
+}
+
+TEST_F(SoundExchange, WithoutMemoryForACopyAHeldSoundStaysAsItIs) {
+    loadSound({1, 2, 3});
+    const SampleBlock held = heldSound();
+    fBuffersize = INT64_MAX / 4; // more than any computer has
+    EXPECT_FALSE(ensureSoundIsWritable());
+    EXPECT_EQ(fBuffer, held.get());
+    fBuffersize = 3;
 }
 
 TEST_F(SoundExchange, NewSamplesAreZeroSlackIncluded) {
@@ -124,6 +153,46 @@ TEST_F(SoundExchange, ACallInTheMomentOfTheExchangeIsSilent) {
     bufferPlayer.isPlaying = 1;
     fBuffersize = 0; // as the callback finds it while the blocks are exchanged
     EXPECT_EQ(platform_.output.pump(4, 0.75F), std::vector<float>(4, 0.0F));
+}
+
+TEST_F(SoundExchange, LooksAfterADeviceThatMakesNoCallYet) {
+    loadSound(std::vector<float>(100, 0.5F));
+    bufferPlay0(0);
+    platform_.clock.whileSleeping = [this] {
+        if (platform_.output.attended == 3) {
+            platform_.output.running = false; // as it is after its last call
+        }
+    };
+    fallIdle();
+    EXPECT_EQ(platform_.output.attended, 3);
+}
+
+TEST_F(SoundExchange, WaitsForACallThatStillReadsTheOldSound) {
+    loadSound({0.5F, 0.25F});
+    platform_.output.pump(4); // a call that has ended counts for none that has not
+    auto call = std::make_unique<RenderPassage>();
+    const SampleBlock held = heldSound();
+    int slept = 0;
+    platform_.clock.whileSleeping = [&] {
+        EXPECT_EQ(heldSound(), held); // not yet
+        if (++slept == 3) {
+            call.reset();
+        }
+    };
+    loadSound({0.75F});
+    EXPECT_EQ(slept, 3);
+    EXPECT_EQ(currentSound(), std::vector<float>{0.75F});
+}
+
+TEST(CleanedSound, IsFreedUnlessSomebodyElseHoldsIt) {
+    const FakePlatform platform;
+    loadSound({0.5F, 0.25F});
+    const SampleBlock held = heldSound();
+    ASSERT_EQ(held.use_count(), 2);
+    clean();
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(fBuffersize.load(), 0);
+    EXPECT_EQ(slackSamples(), 0);
 }
 
 } // namespace

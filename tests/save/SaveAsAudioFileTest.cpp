@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -147,6 +148,17 @@ TEST_F(SaveAsAudioFile, ASoundOfManyBlocksIsWrittenWhole) {
     }
 }
 
+/// For an AIFF-C it is copied in pieces of four megabytes.
+TEST_F(SaveAsAudioFile, ASoundOfManyPiecesIsSavedAsItIs) {
+    Words words(2'500'000);
+    std::iota(words.begin(), words.end(), 7U);
+    loadWords(words);
+    for (const std::string extension : {"caf", "aif"}) {
+        EXPECT_TRUE(saveSound(FileUrl("/s/x." + extension)));
+        EXPECT_TRUE(file("/s/x." + extension) == expectedFile(extension, withPair(words)));
+    }
+}
+
 TEST_F(SaveAsAudioFile, ItIsWrittenUnderAHiddenNameInTheSameFolder) {
     loadSound(three);
     std::string temporary;
@@ -276,6 +288,17 @@ TEST_F(SaveAsAudioFile, SavingDoesNotChangeTheSound) {
 TEST_F(SaveAsAudioFile, ThereIsNoCopyOfNoSound) {
     EXPECT_TRUE(SoundCopy::take().empty());
     EXPECT_TRUE(SoundCopy::take().bytes().empty());
+}
+
+TEST_F(SaveAsAudioFile, WithoutMemoryForACopyNothingIsWritten) {
+    loadSound(three);
+    fBuffersize = INT64_MAX / 4; // more than any computer has
+    EXPECT_TRUE(SoundCopy::take().empty());
+    EXPECT_FALSE(saveSound(FileUrl("/s/x.aif")));
+    fBuffersize = 3;
+    EXPECT_TRUE(platform.files.files.empty());
+    ASSERT_EQ(platform.alert.shown.size(), 1U);
+    EXPECT_EQ(platform.alert.shown[0].message, "There is not enough memory to save the sound.");
 }
 
 TEST_F(SaveAsAudioFile, SavingTheSoundAsItIsGivesTheSameFileAsACopyOfIt) {

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "SavedFiles.h"
+#include "files/AtomicFile.h"
 #include "files/AudioFileWriter.h"
 #include "platform_linux/LinuxServices.h"
 #include "support/FakePlatform.h"
@@ -95,6 +97,23 @@ TEST_F(SaveOnDisk, ANewFileIsWrittenWhole) {
     EXPECT_TRUE(save(folder / "x.caf"));
     EXPECT_EQ(contentOf(folder / "x.caf"), kNew);
     EXPECT_EQ(names(), Names{"x.caf"});
+}
+
+/// There a file may have the descriptor 0.
+TEST_F(SaveOnDisk, WithoutAStandardInputFilesAreWrittenAndClosedAllTheSame) {
+    const int kept = ::dup(STDIN_FILENO);
+    ::close(STDIN_FILENO);
+    EXPECT_TRUE(save(folder / "x.caf"));
+    {
+        AtomicFile unfinished;
+        EXPECT_EQ(unfinished.create(folder / "y.caf"), 0);
+        EXPECT_NE(::fcntl(STDIN_FILENO, F_GETFD), -1);
+    }
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1);
+    ::dup2(kept, STDIN_FILENO);
+    ::close(kept);
+    EXPECT_EQ(contentOf(folder / "x.caf"), kNew);
+    EXPECT_EQ(names(), std::vector<std::string>{"x.caf"});
 }
 
 TEST_F(SaveOnDisk, ANewFileHasThePermissionsThatTheUserGivesNewFiles) {

@@ -15,8 +15,11 @@ namespace {
 
 class MemoryFileStream final : public platform::FileStream {
 public:
-    MemoryFileStream(const std::vector<std::uint8_t>& bytes, std::size_t readable)
-        : bytes_(bytes), readable_(std::min(readable, bytes.size())) {}
+    MemoryFileStream(const std::vector<std::uint8_t>& bytes, std::size_t readable,
+                     std::size_t unreadableByte)
+        : bytes_(bytes),
+          readable_(std::min(readable, bytes.size())),
+          unreadableByte_(unreadableByte) {}
 
     std::uint64_t size() const override { return bytes_.size(); }
 
@@ -24,7 +27,10 @@ public:
         if (offset >= readable_) {
             return 0;
         }
-        const std::size_t read = std::min<std::size_t>(count, readable_ - offset);
+        std::size_t read = std::min<std::size_t>(count, readable_ - offset);
+        if (unreadableByte_ >= offset) {
+            read = std::min<std::size_t>(read, unreadableByte_ - offset);
+        }
         std::memcpy(destination, bytes_.data() + offset, read);
         return read;
     }
@@ -32,6 +38,7 @@ public:
 private:
     const std::vector<std::uint8_t>& bytes_;
     std::size_t readable_;
+    std::size_t unreadableByte_;
 };
 
 void resetSharedState() {
@@ -155,7 +162,7 @@ std::unique_ptr<platform::FileStream> MemoryFileSystem::openForReading(const std
         error = refused != openErrors.end() ? refused->second : ENOENT;
         return nullptr;
     }
-    return std::make_unique<MemoryFileStream>(found->second, readableBytes);
+    return std::make_unique<MemoryFileStream>(found->second, readableBytes, unreadableByte);
 }
 
 long FakeFileOperations::called(const std::string& name) {
@@ -224,6 +231,10 @@ long FakeFileOperations::writeAt(int descriptor, std::uint64_t offset, const voi
         std::memcpy(file.data() + offset, bytes, static_cast<std::size_t>(answer));
     }
     return answer;
+}
+
+void FakeFileOperations::beginSync(int /*descriptor*/, std::uint64_t from, std::uint64_t bytes) {
+    begun += from == begun ? bytes : 0;
 }
 
 int FakeFileOperations::finishSync(int /*descriptor*/, std::uint64_t from, std::uint64_t bytes) {

@@ -38,6 +38,7 @@ public:
     platform::RenderCallback callback = nullptr;
     void* context = nullptr;
     bool running = false;
+    int attended = 0; ///< how often attend() was called
 
     /// One render call of `frames` frames, made whether or not the unit runs. The output buffer is
     /// filled with `before` first.
@@ -53,7 +54,7 @@ public:
     platform::Status start() override;
     platform::Status stop() override;
     bool isRunning() const noexcept override { return running; }
-    bool attend() override { return running; }
+    bool attend() override { return ++attended, running; }
     bool takeFailure() override;
     std::string notice() const override { return {}; }
 
@@ -104,6 +105,7 @@ public:
     std::map<std::string, std::vector<std::uint8_t>> files;
     std::map<std::string, int> openErrors; ///< error number by path
     std::size_t readableBytes = SIZE_MAX;  ///< reads past this many bytes of a file fall short
+    std::size_t unreadableByte = SIZE_MAX; ///< a read that comes to this one ends before it
 
     std::unique_ptr<platform::FileStream> openForReading(const std::string& path,
                                                          int& error) override;
@@ -123,7 +125,8 @@ public:
     std::map<std::string, std::string> links;                ///< symbolic links
     std::map<std::string, platform::FileStatus> statuses;    ///< of files that are not plain
     std::map<std::string, platform::FileStatus> permissions; ///< what setPermissions was given
-    /// Bytes that finishSync was given, from the first on without a gap.
+    /// Bytes that beginSync and finishSync were given, from the first on without a gap.
+    std::uint64_t begun = 0;
     std::uint64_t finished = 0;
 
     int followLinks(const std::string& path, std::string& target) override;
@@ -133,6 +136,7 @@ public:
     long write(int descriptor, const void* bytes, std::size_t count) override;
     long writeAt(int descriptor, std::uint64_t offset, const void* bytes,
                  std::size_t count) override;
+    void beginSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int finishSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int sync(int descriptor) override;
     int close(int descriptor) override;

@@ -598,6 +598,14 @@ TEST(AnyContainer, CutOffInsideItsDataItKeepsThePacketsBefore) {
     }
 }
 
+TEST(AnyContainer, AnAiffInAnotherKindOfFileIsNone) {
+    Bytes file = aiffFile({.frames = 3}, kTwelve);
+    file[0] = 'R'; // of FORM
+    const Described result = describe(file);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().category, ErrorCategory::NotSupported);
+}
+
 TEST(AnyContainer, WhatIsWrongWithItIsSaid) {
     const std::vector<std::pair<Bytes, std::string>> wrong{
         {cafHeader(), "The CAF file has no audio description or no audio data."},

@@ -107,6 +107,7 @@ protected:
     void expectOfReading(const std::string& name, const Bytes& content, bool swap, Stages stages) {
         platform.files.files[name] = content;
         expect(stages, [&] { EXPECT_TRUE(openByExtension(FileUrl(name), swap).loaded); });
+        EXPECT_LT(seen.back(), 1.0 / stages.count) << "the last piece is not read yet";
     }
 
     FakePlatform platform;

@@ -8,6 +8,7 @@
 #include <numbers>
 #include <numeric>
 #include <thread>
+#include <utility>
 
 #include "ReferencePlayer.h"
 #include "playback/OutputUnit.h"
@@ -284,6 +285,34 @@ TEST_F(RenderCallback, ACallBetweenTheStartAndTheFadeInIsSilentAndSpendsAnIdleCy
     EXPECT_EQ(bufferPlayer.idleCycles, 1);
     EXPECT_EQ(bufferPlayer.rampState, FadeIn);
     EXPECT_EQ(bufferPlayer.isPlaying, 1);
+}
+
+/// Stops the play at the first message that it gets.
+class StoppingDelegate final : public RenderDelegate {
+public:
+    void updateValue(float /*level*/) override {
+        if (!std::exchange(stopped, true)) {
+            bufferPlayer.rampState = FadeOut;
+        }
+    }
+    void resetMeter() override {}
+    void resetPlayTitle() override {}
+    void traceIdleCycle(std::int32_t /*left*/) override {}
+    void traceMissingBuffer() override {}
+
+    bool stopped = false;
+};
+
+TEST_F(RenderCallback, AStopDuringTheCallThatEndsThePlayHasNothingMoreToEnd) {
+    startPlaying(counting(4));
+    bufferPlayer.rampState = Steady;
+    StoppingDelegate delegate;
+    renderDelegate = &delegate;
+    call(8);
+    renderDelegate = &platform_.delegate;
+    EXPECT_TRUE(delegate.stopped);
+    EXPECT_EQ(bufferPlayer.rampState, Silent);
+    EXPECT_EQ(bufferPlayer.isPlaying, 0);
 }
 
 TEST_F(RenderCallback, AStateAboveFadeOutLeavesTheFramesUnwritten) {

@@ -21,6 +21,7 @@ CONTENT = {
     "usr/share/man/man1/zemo.1.gz",
     "usr/share/man/man1/zemo-batch.1.gz",
     "usr/share/doc/zemo/README.md",
+    "usr/share/doc/zemo/SECURITY.md",
     "usr/share/doc/zemo/LICENSE",
     "usr/share/doc/zemo/copyright",
     "usr/share/doc/zemo/changelog.Debian.gz",

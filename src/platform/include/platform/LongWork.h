@@ -34,8 +34,9 @@ public:
 };
 
 /// [main] The same by the service, or without one on the caller's thread. The work may throw
-/// std::bad_alloc, wherever it runs: it comes out here, when the work has ended.
-inline bool runLongWork(const LongWork::Work& work, Cancel cancel = Cancel::Allowed) {
+/// std::bad_alloc, wherever it runs: it comes out here, when the work has ended. However much the
+/// work captures, handing it on asks for no memory: two references need none.
+template <typename Work> bool runLongWork(const Work& work, Cancel cancel = Cancel::Allowed) {
     if (services().longWork == nullptr) {
         work();
         return true;

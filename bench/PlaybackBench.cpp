@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "RenderStage.h"
 #include "playback/RenderCallback.h"
 #include "playback/RenderMessageQueue.h"
 #include "playback/SharedState.h"
@@ -13,41 +14,11 @@
 namespace zemo {
 namespace {
 
+using bench::Deaf;
+using bench::loadSine;
+using bench::NoOutput;
+
 constexpr std::int64_t kSamples = 1 << 16;
-
-/// Answers every call and does nothing.
-class NoOutput final : public platform::AudioOutputUnit {
-    platform::Status setRenderCallback(platform::RenderCallback, void*) override { return 0; }
-    platform::Status sampleRate(double&) override { return 0; }
-    platform::Status setStreamFormat(const platform::AudioStreamBasicDescription&) override {
-        return 0;
-    }
-    platform::Status initialize() override { return 0; }
-    platform::Status start() override { return 0; }
-    platform::Status stop() override { return 0; }
-    bool isRunning() const noexcept override { return false; }
-    bool attend() override { return false; }
-    bool takeFailure() override { return false; }
-    std::string notice() const override { return {}; }
-};
-
-/// Takes the messages and does nothing with them.
-struct Deaf final : RenderDelegate {
-    void updateValue(float) override {}
-    void repeatUpdateValue(float, std::uint32_t) override {}
-    void resetMeter() override {}
-    void resetPlayTitle() override {}
-    void traceIdleCycle(std::int32_t) override {}
-    void traceMissingBuffer() override {}
-};
-
-void loadSine() {
-    SampleBlock samples = allocateSamples(kSamples);
-    for (std::int64_t i = 0; i < kSamples; ++i) {
-        samples.get()[i] = 0.8F * std::sin(0.05F * static_cast<float>(i));
-    }
-    replaceBuffer(std::move(samples), kSamples);
-}
 
 /// Where in the sound the call begins.
 enum class Place { Start, AcrossTheEnd, BehindTheEnd };
@@ -70,7 +41,7 @@ void renderCall(benchmark::State& state, std::uint32_t ramp, Place place, bool r
     RenderMessageQueue queue;
     Deaf deaf;
     bufferPlayer.outputUnit = &output;
-    loadSine();
+    loadSine(kSamples);
     renderDelegate = &queue;
     bufferPlayer.rmsMode = rms ? 1 : 0;
     const auto frames = static_cast<std::uint32_t>(state.range(0));

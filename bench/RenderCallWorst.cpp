@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <thread>
 #include <vector>
 
+#include "RenderStage.h"
 #include "platform_linux/RenderFeed.h"
 #include "playback/RenderCallback.h"
 #include "playback/RenderMessageQueue.h"
@@ -21,45 +21,16 @@
 namespace zemo {
 namespace {
 
+using bench::Deaf;
+using bench::loadSine;
+using bench::NoOutput;
+
 using Clock = std::chrono::steady_clock;
 
 constexpr std::uint32_t kFrames = 512;
 constexpr double kRate = 48000.0;
 constexpr double kPeriod = kFrames / kRate; ///< seconds
 constexpr std::int64_t kSamples = 1 << 20;
-
-/// Only its stop() is called.
-class NoOutput final : public platform::AudioOutputUnit {
-    platform::Status setRenderCallback(platform::RenderCallback, void*) override { return 0; }
-    platform::Status sampleRate(double&) override { return 0; }
-    platform::Status setStreamFormat(const platform::AudioStreamBasicDescription&) override {
-        return 0;
-    }
-    platform::Status initialize() override { return 0; }
-    platform::Status start() override { return 0; }
-    platform::Status stop() override { return 0; }
-    bool isRunning() const noexcept override { return false; }
-    bool attend() override { return false; }
-    bool takeFailure() override { return false; }
-    std::string notice() const override { return {}; }
-};
-
-struct Deaf final : RenderDelegate {
-    void updateValue(float) override {}
-    void repeatUpdateValue(float, std::uint32_t) override {}
-    void resetMeter() override {}
-    void resetPlayTitle() override {}
-    void traceIdleCycle(std::int32_t) override {}
-    void traceMissingBuffer() override {}
-};
-
-void loadSine() {
-    SampleBlock samples = allocateSamples(kSamples);
-    for (std::int64_t i = 0; i < kSamples; ++i) {
-        samples.get()[i] = 0.8F * std::sin(0.05F * static_cast<float>(i));
-    }
-    replaceBuffer(std::move(samples), kSamples);
-}
 
 /// The play goes on for ever, by way of the outputs' own feed; the RMS is the longer of the levels.
 std::vector<double> secondsOfCalls(double seconds) {
@@ -145,7 +116,7 @@ void measure(const char* name, double seconds, unsigned loops, bool realTime) {
 
 int main(int count, char** arguments) {
     const double seconds = count > 1 ? std::atof(arguments[1]) : 5.0;
-    zemo::loadSine();
+    zemo::loadSine(zemo::kSamples);
     zemo::NoOutput output;
     zemo::bufferPlayer.outputUnit = &output;
     const unsigned cores = std::max(1U, std::thread::hardware_concurrency());

@@ -6,6 +6,7 @@
 #include "files/SoundLoader.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
+#include "support/RescueCopies.h"
 
 namespace zemo::test {
 
@@ -40,15 +41,7 @@ std::vector<float> RescueTest::read(const fs::path& file) {
 }
 
 std::vector<fs::path> RescueTest::copies() const {
-    std::vector<fs::path> found;
-    if (fs::exists(root_)) {
-        for (const auto& entry : fs::recursive_directory_iterator(root_)) {
-            if (entry.path().extension() == ".caf") {
-                found.push_back(entry.path());
-            }
-        }
-    }
-    return found;
+    return rescueCopies(root_);
 }
 
 bool RescueTest::isRootEmpty() const {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/Services.h"
+#include "support/RescueCopies.h"
 
 namespace zemo::test {
 namespace {
@@ -73,23 +74,11 @@ std::string KeptCopy::wrong() {
     if (hasFailed_) {
         return "a rescue copy could not be written";
     }
-    const std::vector<fs::path> found = copies();
+    const std::vector<fs::path> found = rescueCopies(root_);
     if (found.size() != (isKept_ ? 1U : 0U)) {
         return std::to_string(found.size()) + " rescue copies";
     }
     return !isKept_ || endsWith(found[0], kept_) ? "" : "the rescue copy is not the sound";
-}
-
-std::vector<fs::path> KeptCopy::copies() const {
-    std::vector<fs::path> found;
-    if (fs::exists(root_)) {
-        for (const auto& entry : fs::recursive_directory_iterator(root_)) {
-            if (entry.path().extension() == ".caf") {
-                found.push_back(entry.path());
-            }
-        }
-    }
-    return found;
 }
 
 } // namespace zemo::test

@@ -41,8 +41,6 @@ public:
     std::string wrong();
 
 private:
-    std::vector<std::filesystem::path> copies() const;
-
     std::filesystem::path root_;
     Samples kept_;
     bool isKept_ = false;

@@ -9,6 +9,7 @@
 #include "platform_linux/LinuxServices.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
+#include "support/RescueCopies.h"
 #include "support/WindowUnderTest.h"
 
 using namespace zemo;
@@ -53,24 +54,21 @@ void leaveWork(const QTemporaryDir& state, const char* name, float sample, doubl
     emptyBuffer();
 }
 
+std::vector<std::filesystem::path> copyFiles(const QTemporaryDir& state) {
+    return zemo::test::rescueCopies(state.path().toStdString());
+}
+
 qsizetype copiesIn(const QTemporaryDir& state) {
-    qsizetype count = 0;
-    for (const auto& entry :
-         std::filesystem::recursive_directory_iterator(state.path().toStdString())) {
-        count += entry.path().extension() == ".caf" ? 1 : 0;
-    }
-    return count;
+    return static_cast<qsizetype>(copyFiles(state).size());
 }
 
 /// A sample of the only copy; NaN when there is none.
 float sampleOfCopy(const QTemporaryDir& state, int index) {
     constexpr int kHeader = 68; // of our CAF: file, description and data chunk
     float sample = std::numeric_limits<float>::quiet_NaN();
-    for (const auto& entry :
-         std::filesystem::recursive_directory_iterator(state.path().toStdString())) {
-        QFile file(QString::fromStdString(entry.path()));
-        if (entry.path().extension() == ".caf" && file.open(QFile::ReadOnly) &&
-            file.seek(kHeader + qint64{4} * index)) {
+    for (const auto& path : copyFiles(state)) {
+        QFile file(QString::fromStdString(path));
+        if (file.open(QFile::ReadOnly) && file.seek(kHeader + qint64{4} * index)) {
             file.read(reinterpret_cast<char*>(&sample), sizeof sample);
         }
     }
@@ -157,11 +155,8 @@ private slots:
         leaveWork(state, "bell.caf", 0.5F);
         RescuedWindow zemo(state);
         QTRY_VERIFY_WITH_TIMEOUT(zemo.isOffered(), kLong);
-        for (const auto& entry :
-             std::filesystem::recursive_directory_iterator(state.path().toStdString())) {
-            if (entry.path().extension() == ".caf") {
-                std::filesystem::resize_file(entry.path(), 10);
-            }
+        for (const auto& path : copyFiles(state)) {
+            std::filesystem::resize_file(path, 10);
         }
         zemo.restore();
         QVERIFY(zemo.isOffered());

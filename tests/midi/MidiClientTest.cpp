@@ -17,8 +17,9 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 template <typename Number> void append(Bytes& list, Number number) {
-    const auto* const first = reinterpret_cast<const std::uint8_t*>(&number);
-    list.insert(list.end(), first, first + sizeof number);
+    const std::size_t before = list.size();
+    list.resize(before + sizeof number);
+    std::memcpy(list.data() + before, &number, sizeof number);
 }
 
 Bytes packetList(const std::vector<Bytes>& packets) {

@@ -46,7 +46,7 @@ public:
 /// their own.
 long heldBlocks() noexcept;
 
-/// How many bytes these have. The same request may get up to 16 more another time.
+/// How many bytes these have, likewise. The same request may get up to 16 more another time.
 long heldBytes() noexcept;
 
 } // namespace zemo::test

@@ -44,7 +44,7 @@ Bytes contentOf(const fs::path& path) {
 
 void FixedText::append(std::string_view text) {
     const std::size_t count = std::min(text.size(), bytes_.size() - size_);
-    std::memcpy(bytes_.data() + size_, text.data(), count);
+    std::copy_n(text.begin(), count, bytes_.begin() + static_cast<std::ptrdiff_t>(size_));
     size_ += count;
 }
 

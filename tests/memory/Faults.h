@@ -104,7 +104,7 @@ protected:
     undo_struct undo_;
     std::vector<float> sound_; ///< at every start
     /// Libraries whose own requests are granted, by a part of their file's name.
-    const char* sparing_ = nullptr;
+    const char* sparing_ = "";
 
 private:
     std::size_t countRequests(const Run& run, State& result);

@@ -48,9 +48,15 @@ constinit std::array<Range, kMostRanges> sparedCode{};
 constinit std::size_t sparedRanges = 0;
 constinit thread_local int sparing = 0;
 
-/// Whether one of the words of `plan.sparing` is in the library's file name.
-bool isNamed(std::string_view file) noexcept {
-    std::string_view words = plan.sparing;
+/// The sanitizer does not survive it where a new thread cannot be asked for its stack.
+#if defined(ZEMO_ADDRESS_SANITIZER)
+constexpr const char* kAlwaysSpared = "libc.so libasan";
+#else
+constexpr const char* kAlwaysSpared = "";
+#endif
+
+/// Whether one of the words is in the library's file name.
+bool isNamed(std::string_view words, std::string_view file) noexcept {
     while (!words.empty()) {
         const std::size_t end = std::min(words.find(' '), words.size());
         if (file.find(words.substr(0, end)) != std::string_view::npos) {
@@ -62,7 +68,7 @@ bool isNamed(std::string_view file) noexcept {
 }
 
 int noteCode(dl_phdr_info* info, std::size_t /*size*/, void* /*unused*/) {
-    if (!isNamed(info->dlpi_name)) {
+    if (!isNamed(kAlwaysSpared, info->dlpi_name) && !isNamed(plan.sparing, info->dlpi_name)) {
         return 0;
     }
     for (int i = 0; i < info->dlpi_phnum && sparedRanges < kMostRanges; ++i) {
@@ -135,9 +141,7 @@ void* throwing(void* block) {
 FailingMemory::FailingMemory(const MemoryFault& fault) {
     plan = fault;
     sparedRanges = 0;
-    if (plan.sparing != nullptr) {
-        dl_iterate_phdr(noteCode, nullptr);
-    }
+    dl_iterate_phdr(noteCode, nullptr);
     requests = 0;
     refusedAny = false;
     armed.store(true, std::memory_order_release);

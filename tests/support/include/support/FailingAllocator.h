@@ -12,10 +12,10 @@ namespace zemo::test {
 struct MemoryFault {
     static constexpr std::size_t kNone = SIZE_MAX;
 
-    std::size_t after = kNone;     ///< so many are granted before
-    bool forGood = false;          ///< all later ones fail as well, else that one alone
-    std::size_t atLeastBytes = 0;  ///< smaller ones are neither counted nor refused
-    const char* sparing = nullptr; ///< nor are those of libraries with these words in their names
+    std::size_t after = kNone;    ///< so many are granted before
+    bool forGood = false;         ///< all later ones fail as well, else that one alone
+    std::size_t atLeastBytes = 0; ///< smaller ones are neither counted nor refused
+    const char* sparing = "";     ///< nor are those of libraries with these words in their names
 };
 
 /// For as long as it lives memory fails like that.

@@ -12,6 +12,9 @@ namespace {
 /// Flushed at once: a trace line that is lost with the program is of no use.
 void write(std::FILE* stream, std::string_view text) {
     assertNotRealTime();
+    if (text.empty()) { // and perhaps nowhere
+        return;
+    }
     const bool written = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
     if (!written || std::fflush(stream) != 0) {
         std::clearerr(stream); // nobody reads it any more; the program goes on

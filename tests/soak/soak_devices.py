@@ -90,7 +90,7 @@ def soak_kind(desktop, kind, count, table):
         for name, change in rig.changes():
             table.attempt(f"{kind} {name}", change)
     for _ in range(rig.repeated_plays):
-        table.add(f"{kind}: played once more, to be exact")
+        table.add(f"{kind}: a play", "not exact at once")
     rig.doCleanups()
 
 

@@ -14,7 +14,8 @@ from window import PLAY, STOP
 
 COUNT = 120
 KINDS = {"PulseAudio": PulseServer, "PipeWire": PipeWireServer, "JACK": JackServer}
-# Without real-time rights a server drops periods on a busy machine: a play in this many is exact.
+# Without real-time rights a server drops periods on a busy machine. A play that is not exact is an
+# outcome that should not be; so many are made to see whether any of them is.
 PLAYS = 3
 
 
@@ -109,7 +110,7 @@ def soak_kind(desktop, kind, count, table, names=None, seconds=3):
             silently = done % 4 == 0 and name != "suspended"  # that one takes a play, and ends it
             good = table.attempt(f"{kind} {name}", lambda: rig.repeat(fault, repair, silently))
             for _ in range(rig.repeated_plays - repeated):
-                table.add(f"{kind}: played once more, to be exact")
+                table.add(f"{kind}: a play", "not exact at once")
             if not good:
                 print(rig.state(), file=sys.stderr)
                 rig.doCleanups()

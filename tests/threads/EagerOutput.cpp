@@ -29,6 +29,9 @@ EagerOutput::~EagerOutput() {
 }
 
 void EagerOutput::setManners(Manners manners) {
+    if (manners == manners_) {
+        return; // perhaps in the tail of a play, which is still asked for
+    }
     hush();
     manners_ = manners;
     asking_ = manners == Manners::Rude;
@@ -92,7 +95,7 @@ bool EagerOutput::isRunning() const noexcept {
 
 bool EagerOutput::attend() {
     if (manners_ == Manners::Rude) {
-        return false;
+        return true;
     }
     if (isRunning()) {
         asking_ = true;

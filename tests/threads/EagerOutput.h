@@ -18,8 +18,8 @@ class EagerOutput final : public platform::AudioOutputService,
                           public platform::AudioOutputUnit {
 public:
     /// Polite: calls only while it runs, by way of the program's own RenderFeed. Rude: goes on
-    /// calling when it was stopped and says that it does not run, so that every exchange of the
-    /// sound meets calls under way.
+    /// calling when it was stopped and says that it does not run but is not at its end either, so
+    /// that every exchange of the sound meets calls under way.
     enum class Manners : std::uint8_t { Polite, Rude };
 
     EagerOutput(SoundBook& book, std::uint32_t seed);
@@ -27,7 +27,7 @@ public:
     EagerOutput& operator=(const EagerOutput&) = delete;
     ~EagerOutput() override;
 
-    void setManners(Manners manners); ///< [main] with the unit stopped
+    void setManners(Manners manners); ///< [main] other ones only with the unit stopped
 
     // [any]
     std::uint64_t calls() const noexcept { return calls_.load(std::memory_order_relaxed); }

@@ -189,16 +189,18 @@ bool StressedProgram::comeToRest() {
     superviseOutputUnit();
     bufferStop0();
     const auto deadline = clock_.now() + 20s;
-    while (superviseOutputUnit() && clock_.now() < deadline) {
+    bool more = superviseOutputUnit();
+    while (more && clock_.now() < deadline) {
         std::this_thread::yield();
+        more = superviseOutputUnit();
     }
     queue_.drain(deaf_);
-    const bool atRest =
-        !output_.isRunning() && bufferPlayer.isPlaying == 0 && bufferPlayer.rampState == Silent;
+    const bool atRest = !more && !output_.isRunning() && bufferPlayer.isPlaying == 0 &&
+                        bufferPlayer.rampState == Silent;
     if (!atRest) {
         complain("the player does not come to rest: state " +
                  std::to_string(bufferPlayer.rampState.load()) + ", playing " +
-                 std::to_string(bufferPlayer.isPlaying.load()));
+                 std::to_string(bufferPlayer.isPlaying.load()) + (more ? ", unit in use" : ""));
     }
     ++done_["rest"];
     return atRest;

@@ -59,11 +59,18 @@ void startOutputUnit() {
     CheckError(bufferPlayer.outputUnit->start(), "Couldn't start output unit");
 }
 
-/// With the unit at rest. A play or a stop may have been asked for in the very moment in which the
-/// callback ended the play before: then the two threads' marks do not fit together.
-void settlePlayer() {
+/// With the unit stopped, its last call perhaps still under way. A play or a stop may have been
+/// asked for in the very moment in which the callback ended the play before: then the two threads'
+/// marks do not fit together. If the sound went before such a play could go on, there is nothing to
+/// play: a call without a sound would never end.
+void settlePlayer(bool isCallUnderWay) {
     const std::uint32_t state = bufferPlayer.rampState.load();
-    if (bufferPlayer.isPlaying.load() != 0 || state == FadeIn) {
+    const bool isPlayAsked = bufferPlayer.isPlaying.load() != 0 || state == FadeIn;
+    if (isPlayAsked && fBuffer.load() == nullptr) {
+        if (!isCallUnderWay) {
+            restPlayer();
+        }
+    } else if (isPlayAsked) {
         bufferPlayer.isPlaying.store(1);
         startOutputUnit();
     } else if (state != Silent) {
@@ -131,7 +138,7 @@ bool superviseOutputUnit() {
     if (unit->takeFailure()) {
         restPlayer();
     } else if (!unit->isRunning()) {
-        settlePlayer();
+        settlePlayer(more);
     }
     return more || unit->isRunning();
 }

@@ -333,6 +333,52 @@ TEST_F(Supervision, AStopThatMetTheEndOfTheSoundLeavesThePlayerAtRest) {
     EXPECT_EQ(starts(), 1);
 }
 
+class APlayThatLostItsSound : public Supervision {
+protected:
+    APlayThatLostItsSound() {
+        loadSound(std::vector<float>(100, 0.5F));
+        bufferPlay0(0);
+        platform_.output.stop(); // asked for by a call that saw the play before
+        emptyBuffer();
+        platform_.delegate.messages.clear();
+    }
+};
+
+TEST_F(APlayThatLostItsSound, ComesToRestInsteadOfRunningForEver) {
+    EXPECT_FALSE(superviseOutputUnit());
+    EXPECT_EQ(starts(), 1);
+    EXPECT_EQ(bufferPlayer.rampState, Silent);
+    EXPECT_EQ(bufferPlayer.isPlaying, 0);
+    EXPECT_EQ(platform_.delegate.messages, Calls({"resetPlayTitle", "resetMeter"}));
+}
+
+TEST_F(APlayThatLostItsSound, WaitsForACallUnderWayBecauseTheMessagesAreItsOwnUntilThen) {
+    platform_.output.inUse = true;
+    EXPECT_TRUE(superviseOutputUnit());
+    EXPECT_EQ(starts(), 1);
+    EXPECT_EQ(platform_.delegate.messages, Calls());
+    platform_.output.inUse = false;
+    EXPECT_FALSE(superviseOutputUnit());
+    EXPECT_EQ(platform_.delegate.messages, Calls({"resetPlayTitle", "resetMeter"}));
+}
+
+TEST_F(APlayThatLostItsSound, PlaysTheNextOneIfThatComesFirst) {
+    loadSound(std::vector<float>(100, 0.25F));
+    EXPECT_TRUE(superviseOutputUnit());
+    EXPECT_EQ(starts(), 2);
+    EXPECT_EQ(bufferPlayer.rampState, FadeIn);
+    EXPECT_EQ(platform_.delegate.messages, Calls());
+}
+
+TEST_F(APlayThatLostItsSound, DoesNotKeepTheNextPlayFromBeginning) {
+    superviseOutputUnit();
+    loadSound(std::vector<float>(100, 0.25F));
+    EXPECT_FALSE(superviseOutputUnit());
+    bufferPlay0(0);
+    EXPECT_EQ(starts(), 2);
+    EXPECT_EQ(bufferPlayer.rampState, FadeIn);
+}
+
 TEST_F(Supervision, AFinishedPlayIsNotStartedAgain) {
     loadSound({0.5F});
     bufferPlay0(0);

@@ -1,6 +1,7 @@
 /* The player's state machine: the render callback (RenderCallback.cpp) against plays and stops that
- * are asked for at any moment (OutputUnit.cpp). A call is one step of the sound; every read and
- * every write of a shared variable is a step of its own, in the code's order.
+ * are asked for at any moment (OutputUnit.cpp), and against a sound that goes and comes
+ * (SoundExchange.cpp). A call is one step of the sound; every read and every write of a shared
+ * variable is a step of its own, in the code's order.
  *
  * The states are exchanged with relaxed operations. Each is one variable with one order that all
  * threads agree on, and what a play writes before its FadeIn (release) is there for the call that
@@ -10,11 +11,13 @@
  *   PLAIN_MOVE    a call moves to the next state without looking whether it is still what it read
  *   PLAIN_END     a call that ends the play stores Silent without looking
  *   NO_SETTLING   the supervision does not look whether a play was begun as the unit stopped
+ *   NO_SOUND_CHECK  the supervision starts the unit for such a play though there is no sound any more
  *   EVERY_STOP    a demand that is not met: where the unit's start takes three calls and more, a stop
  *                 that comes before the supervision has looked is ignored, as if nothing played yet
  */
 #define LENGTH 3 /* of the sound, in calls */
 #define PRESSES 3
+#define LOSSES 1 /* of the sound */
 #define IDLE_CALLS 2
 
 #define Silent 0
@@ -23,6 +26,7 @@
 #define FadeOut 3
 
 byte rampState, isPlaying, readPosition, idleCycles; /* of bufferPlayer */
+bool sound = true; /* fBuffer is not null */
 bool running;   /* the unit makes render calls */
 bool inCall;    /* one is under way, perhaps after it has stopped the unit */
 bool pressing = true;
@@ -54,6 +58,10 @@ proctype audio() {
     bool ended;
 end:do
     :: atomic { running -> inCall = true };
+        if /* RenderPassage */
+        :: !sound -> inCall = false; goto end
+        :: else
+        fi;
         /* RenderCall(): what may change meanwhile is read once */
         d_step {
             state = rampState;
@@ -115,7 +123,7 @@ end:do
 
 inline bufferPlay0() {
     if
-    :: isPlaying == 0 ->
+    :: isPlaying == 0 && sound ->
         readPosition = 0;
         idleCycles = IDLE_CALLS;
         running = true; /* start() */
@@ -139,6 +147,12 @@ inline bufferStop0() {
     fi
 }
 
+/* No call is under way, and none begins. */
+inline restPlayer() {
+    assert(!running && !inCall);
+    d_step { rampState = Silent; isPlaying = 0; idleCycles = 0; playAsked = false }
+}
+
 inline superviseOutputUnit() {
     more = running || inCall; /* attend() */
     if
@@ -146,7 +160,16 @@ inline superviseOutputUnit() {
     :: !running -> /* settlePlayer */
         state = rampState;
         if
+#ifndef NO_SOUND_CHECK
+        :: (isPlaying != 0 || state == FadeIn) && !sound ->
+            if
+            :: !more -> restPlayer()
+            :: else
+            fi
+        :: (isPlaying != 0 || state == FadeIn) && sound -> isPlaying = 1; running = true
+#else
         :: isPlaying != 0 || state == FadeIn -> isPlaying = 1; running = true
+#endif
         :: else ->
             if
             :: state != Silent -> rampState = Silent
@@ -158,10 +181,28 @@ inline superviseOutputUnit() {
     fi
 }
 
+/* emptyBuffer(): fallIdle(), whose wait lets the timer go on, and then no sound */
+inline loseSound() {
+    if
+    :: running ->
+        bufferStop0();
+        do
+        :: !running -> break
+        :: running -> superviseOutputUnit()
+        :: running -> running = false; !inCall; restPlayer(); break /* too long: haltOutputUnit() */
+        od
+    :: else
+    fi;
+    !inCall; /* awaitRenderCallsUnderWay() */
+    atomic { sound = false; playAsked = false }
+}
+
 proctype main() {
-    byte presses, state;
+    byte presses, losses, state;
     bool more;
     do /* a person, and the timer in between */
+    :: losses < LOSSES -> losses++; loseSound()
+    :: !sound -> sound = true
     :: presses < PRESSES ->
         presses++;
         if

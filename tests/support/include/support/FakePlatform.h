@@ -38,7 +38,8 @@ public:
     platform::RenderCallback callback = nullptr;
     void* context = nullptr;
     bool running = false;
-    int attended = 0; ///< how often attend() was called
+    bool inUse = false; ///< stopped, but a call of it is still under way
+    int attended = 0;   ///< how often attend() was called
 
     /// One render call of `frames` frames, made whether or not the unit runs. The output buffer is
     /// filled with `before` first.
@@ -54,7 +55,7 @@ public:
     platform::Status start() override;
     platform::Status stop() override;
     bool isRunning() const noexcept override { return running; }
-    bool attend() override { return ++attended, running; }
+    bool attend() override { return ++attended, running || inUse; }
     bool takeFailure() override;
     std::string notice() const override { return {}; }
 

@@ -85,8 +85,8 @@ TEST(ExplainedByOneSound, KnowsTheFourStatesAndNothingElse) {
 /// it is allowed to call.
 class TightOutput final : public platform::AudioOutputUnit {
 public:
-    /// Rude: goes on calling after it was stopped and says that it does not run, so that every
-    /// exchange meets calls under way.
+    /// Rude: goes on calling after it was stopped and says that it does not run, though it is not
+    /// at its end either, so that every exchange meets calls under way.
     enum class Manners { Polite, Rude };
 
     explicit TightOutput(Manners manners) : rude_(manners == Manners::Rude), running_(rude_) {
@@ -120,7 +120,7 @@ public:
         return 0;
     }
     bool isRunning() const noexcept override { return running_ && !rude_; }
-    bool attend() override { return isRunning(); }
+    bool attend() override { return running_; }
     bool takeFailure() override { return false; }
     std::string notice() const override { return {}; }
 

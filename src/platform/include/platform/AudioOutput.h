@@ -75,7 +75,7 @@ public:
     virtual bool isRunning() const noexcept = 0;
 
     /// [main] Does what start() and the audio thread left to be done. True while it is to be called
-    /// again, every few milliseconds.
+    /// again, every few milliseconds; false only when no render call is under way.
     virtual bool attend() = 0;
 
     /// [main] True once after the device went away under a running unit.

@@ -260,6 +260,20 @@ private slots:
         QCOMPARE(int{bufferPlayer.isPlaying.load()}, 0);
         QCOMPARE(fBuffersize.load(), 100000);
     }
+
+    void aPlayThatLostItsSoundBeforeItCouldGoOnIsAtRestInTheWindow() {
+        WindowUnderTest zemo;
+        zemo.platform.files.files["/empty.raw"] = {};
+        loadSound(constantSound(100000));
+        zemo.delegate.playButton->click();
+        zemo.platform.output.running = false; // stopped by a call that saw the play before
+        zemo.delegate.openFileNamed("/empty.raw");
+        QCOMPARE(fBuffersize.load(), 0);
+        QMetaObject::invokeMethod(&zemo.delegate, "attendPlayback", Qt::DirectConnection);
+        QVERIFY(!zemo.platform.output.running);
+        QCOMPARE(zemo.delegate.playButton->title(), QString("Play"));
+        QCOMPARE(int{bufferPlayer.isPlaying.load()}, 0);
+    }
 };
 
 QTEST_MAIN(ControllerTest)

@@ -203,27 +203,40 @@ std::vector<WaveColumn> WavePyramid::columns(double first, double samplesPerColu
 }
 
 /// At each level only what is not in whole buckets of the next one, on either side.
-WaveColumn WavePyramid::stretch(std::int64_t first, std::int64_t end) const {
+template <typename Visit>
+void WavePyramid::visitBuckets(std::int64_t first, std::int64_t end, const Visit& visit) const {
     first = std::max<std::int64_t>(first, 0);
     end = std::min(end, count_);
-    Sum sum;
     if (first >= end) {
-        return sum.total();
+        return;
     }
     auto from = static_cast<std::size_t>(first / bucketSamples_);
     auto to = static_cast<std::size_t>((end + bucketSamples_ - 1) / bucketSamples_);
     for (std::size_t level = 0; from < to; ++level) {
         const bool isTop = level + 1 == levels_.size();
         for (; from < to && (isTop || from % kBranching != 0); ++from) {
-            sum.add(levels_[level][from], samplesOf(level, from));
+            visit(level, from);
         }
         for (; from < to && to % kBranching != 0; --to) {
-            sum.add(levels_[level][to - 1], samplesOf(level, to - 1));
+            visit(level, to - 1);
         }
         from /= kBranching;
         to /= kBranching;
     }
+}
+
+WaveColumn WavePyramid::stretch(std::int64_t first, std::int64_t end) const {
+    Sum sum;
+    visitBuckets(first, end, [&](std::size_t level, std::size_t index) {
+        sum.add(levels_[level][index], samplesOf(level, index));
+    });
     return sum.total();
+}
+
+std::size_t WavePyramid::bucketsRead(std::int64_t first, std::int64_t end) const {
+    std::size_t read = 0;
+    visitBuckets(first, end, [&](std::size_t, std::size_t) { ++read; });
+    return read;
 }
 
 float WavePyramid::peak() const noexcept {

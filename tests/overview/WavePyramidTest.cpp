@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -199,21 +198,39 @@ TEST(WavePyramid, TakesLessThanATwentiethOfALongSoundAndLittleOfAnyOther) {
     }
 }
 
-TEST(WavePyramid, APictureOfALongSoundReadsNoMoreThanOneOfAShortOne) {
-    const auto quickest = [](const WavePyramid& pyramid) {
-        auto best = std::chrono::steady_clock::duration::max();
-        for (int i = 0; i < 20; ++i) {
-            const auto start = std::chrono::steady_clock::now();
-            const auto columns =
-                pyramid.columns(0.0, static_cast<double>(pyramid.count()) / 1200.0, 1200);
-            EXPECT_TRUE(columns[1199].hasFinite());
-            best = std::min(best, std::chrono::steady_clock::now() - start);
-        }
-        return best;
-    };
-    const auto shortOne = pyramidOf(sound(96000, 8, true));
-    const auto longOne = pyramidOf(std::vector<float>(48000000, 0.1F));
-    EXPECT_LT(quickest(*longOne), 10 * quickest(*shortOne)); // 500 times as long
+std::size_t bucketsOfAPicture(const WavePyramid& pyramid) {
+    constexpr std::int64_t kColumns = 1200;
+    std::size_t read = 0;
+    for (std::int64_t i = 0; i < kColumns; ++i) {
+        read += pyramid.bucketsRead(i * pyramid.count() / kColumns,
+                                    (i + 1) * pyramid.count() / kColumns);
+    }
+    return read;
+}
+
+TEST(WavePyramid, APictureOfALongSoundReadsNoMoreThanTwoOfAShortOne) {
+    const std::size_t shortOne = bucketsOfAPicture(*pyramidOf(std::vector<float>(96007)));
+    const std::size_t longOne = bucketsOfAPicture(*pyramidOf(std::vector<float>(48000007)));
+    EXPECT_GE(shortOne, 1200U);
+    EXPECT_LT(longOne, 2 * shortOne) << "of " << shortOne << ", and it is 500 times as long";
+}
+
+TEST(WavePyramid, AStretchReadsAtMostSixBucketsOfEachLevel) {
+    const auto pyramid = pyramidOf(std::vector<float>(65536)); // 4^8: nine levels
+    std::mt19937 random(5);
+    std::size_t most = 0;
+    for (int i = 0; i < 100000; ++i) {
+        const auto [first, end] = std::minmax({static_cast<std::int64_t>(random() % 65537),
+                                               static_cast<std::int64_t>(random() % 65537)});
+        most = std::max(most, pyramid->bucketsRead(first, end));
+    }
+    constexpr std::size_t kMost = 6 * 7 + 2; // of the level of four not the first and the last
+    EXPECT_LE(most, kMost);
+    EXPECT_GT(most, kMost / 2) << "otherwise nothing was tried";
+    EXPECT_EQ(pyramid->bucketsRead(0, 65536), 1U);
+    EXPECT_EQ(pyramid->bucketsRead(1, 65535), kMost);
+    EXPECT_EQ(pyramid->bucketsRead(7, 7), 0U);
+    EXPECT_EQ(pyramid->bucketsRead(-5, 0), 0U);
 }
 
 TEST(WavePyramid, ABuildThatIsAskedToStopGivesNothing) {

@@ -41,6 +41,10 @@ public:
     /// [any] The same for the samples from `first` to before `end`.
     WaveColumn stretch(std::int64_t first, std::int64_t end) const;
 
+    /// [any] What that costs: how many buckets stretch() adds up, at most six of each level but the
+    /// last.
+    std::size_t bucketsRead(std::int64_t first, std::int64_t end) const;
+
     std::int64_t count() const noexcept { return count_; } ///< samples
     std::int64_t bucketSamples() const noexcept { return bucketSamples_; }
     std::int64_t beyondCount() const noexcept { return beyondCount_; }
@@ -55,6 +59,8 @@ private:
     bool scan(std::span<const float> samples);
     bool stack();
     std::int64_t samplesOf(std::size_t level, std::size_t index) const noexcept;
+    template <typename Visit>
+    void visitBuckets(std::int64_t first, std::int64_t end, const Visit& visit) const;
 
     std::int64_t count_ = 0;
     std::int64_t bucketSamples_ = 1;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "platform/LongWork.h"
@@ -34,7 +35,9 @@ public:
             if (progress.fraction() >= at_ && cancel == platform::Cancel::Allowed) {
                 progress.requestStop();
             }
-            std::this_thread::yield();
+            // Who sleeps gets a processor as soon as he wakes, also on a busy machine; who only
+            // yields has had his share of it when the moment comes.
+            std::this_thread::sleep_for(std::chrono::microseconds(20));
         }
         worker.join();
         cancelled += progress.isStopRequested() ? 1 : 0;

@@ -54,30 +54,10 @@ protected:
     }
     ~Cancel() override { platform::services().workers = nullptr; }
 
-    /// What the transformation says when it is cancelled there. On a busy machine the one who
-    /// cancels may come too late; then all is put back, and tried once more.
+    /// What the transformation says when it is cancelled there.
     Refusal cancelledAt(double at, const Function& function) {
-        Refusal refusal;
-        for (int attempt = 0; attempt < 100 && !refusal; ++attempt) {
-            const SampleBlock sound = heldSound();
-            const std::int64_t count = fBuffersize.load();
-            const auto hilbert = hilbert_xv;
-            const auto inputs = xv;
-            const auto outputs = yv;
-            {
-                CancellingWork work(at);
-                refusal = function(undo_);
-            }
-            if (!refusal) {
-                replaceBuffer(sound, count);
-                undo_.buf = copy_;
-                undo_.bufsize = 3;
-                hilbert_xv = hilbert;
-                xv = inputs;
-                yv = outputs;
-            }
-        }
-        return refusal;
+        const CancellingWork work(at);
+        return function(undo_);
     }
 
     void expectCopyUntouched() const {

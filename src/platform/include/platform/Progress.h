@@ -15,7 +15,7 @@ public:
     Progress() = default;
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
-    ~Progress() = default;
+    virtual ~Progress() = default;
 
     /// [any][rt] Asks the work to leave off. What it has made by then is not to be used.
     void requestStop() noexcept { stop_.store(true, std::memory_order_relaxed); }
@@ -26,7 +26,8 @@ public:
     /// [worker] Begins the next stage, of that many pieces. A stage may come unexpected: then the
     /// work is taken to be longer than it was thought to be.
     void beginStage(std::size_t pieces) noexcept;
-    void pieceDone() noexcept { done_.fetch_add(1, std::memory_order_relaxed); }
+    /// [worker] To be overridden by whoever wants to act between two pieces.
+    virtual void pieceDone() noexcept { done_.fetch_add(1, std::memory_order_relaxed); }
 
     /// [any] From 0 to 1. It may fall when a stage comes unexpected.
     double fraction() const noexcept;

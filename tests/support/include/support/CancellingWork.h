@@ -1,7 +1,5 @@
 #pragma once
 
-#include <atomic>
-#include <chrono>
 #include <thread>
 
 #include "platform/LongWork.h"
@@ -9,8 +7,8 @@
 
 namespace zemo::test {
 
-/// Long work whose user cancels it as soon as it has come that far; the service of this process for
-/// as long as the object lives. Done on another thread, as in the window.
+/// Long work whose user cancels it in the moment in which it has come that far; the service of this
+/// process for as long as the object lives. Done on another thread, as in the window.
 class CancellingWork final : public platform::LongWork {
 public:
     explicit CancellingWork(double atFraction) : at_(atFraction) {
@@ -21,24 +19,11 @@ public:
     int cancelled = 0; ///< how many pieces of work
 
     bool run(const Work& work, platform::Cancel cancel) override {
-        platform::Progress progress;
-        std::atomic<bool> done{false};
-        if (at_ <= 0.0 && cancel == platform::Cancel::Allowed) {
-            progress.requestStop();
-        }
+        CancelledProgress progress(cancel == platform::Cancel::Allowed ? at_ : kNever);
         std::jthread worker([&] {
             const platform::ProgressScope scope(&progress);
             work();
-            done = true;
         });
-        while (!done) {
-            if (progress.fraction() >= at_ && cancel == platform::Cancel::Allowed) {
-                progress.requestStop();
-            }
-            // Who sleeps gets a processor as soon as he wakes, also on a busy machine; who only
-            // yields has had his share of it when the moment comes.
-            std::this_thread::sleep_for(std::chrono::microseconds(20));
-        }
         worker.join();
         cancelled += progress.isStopRequested() ? 1 : 0;
         return !progress.isStopRequested();
@@ -48,6 +33,27 @@ public:
     }
 
 private:
+    static constexpr double kNever = 2.0;
+
+    class CancelledProgress final : public platform::Progress {
+    public:
+        explicit CancelledProgress(double atFraction) : at_(atFraction) { stopIfThere(); }
+
+        void pieceDone() noexcept override {
+            Progress::pieceDone();
+            stopIfThere();
+        }
+
+    private:
+        void stopIfThere() noexcept {
+            if (fraction() >= at_) {
+                requestStop();
+            }
+        }
+
+        double at_;
+    };
+
     double at_;
 };
 

@@ -19,7 +19,8 @@ std::int32_t bufferStop0();
 
 /// [main] To be called after bufferPlay0 and then every few milliseconds while it returns true:
 /// lets the device begin its calls, finishes the stop that the callback asked for, goes on with a
-/// play that was begun in between, and puts the player to rest when the device went away.
+/// play that was begun in between, and puts the player to rest when the device, or the sound of
+/// such a play, went away.
 bool superviseOutputUnit();
 
 /// [main] Stops the unit without a fade and puts the player to rest, as if the play had ended.

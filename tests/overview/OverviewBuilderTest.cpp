@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <ctime>
 #include <mutex>
 #include <vector>
 
@@ -39,21 +38,20 @@ TEST(OverviewBuilder, TellsTheWaveFirstAndThenEverything) {
     EXPECT_TRUE(listener.told[1].isComplete);
 }
 
-/// Measured in what this process works from stop() to its end, for which others make it wait.
-TEST(OverviewBuilder, AStoppedBuildHasLeftTheSoundWithinMillisecondsOfWork) {
+TEST(OverviewBuilder, AStoppedBuildHasLeftTheSoundWithinMilliseconds) {
     Listener listener;
-    std::vector<std::clock_t> works;
+    std::vector<std::chrono::steady_clock::duration> waits;
     for (int i = 0; i < 15; ++i) {
         std::vector<float> samples(20000000, 0.5F);
         listener.builder.rebuild(samples, 48000.0);
         std::this_thread::sleep_for(std::chrono::milliseconds(i));
-        const std::clock_t start = std::clock();
+        const auto start = std::chrono::steady_clock::now();
         listener.builder.stop();
-        works.push_back(std::clock() - start);
+        waits.push_back(std::chrono::steady_clock::now() - start);
         std::vector<float>().swap(samples); // a reader of it would be found by the sanitizers
     }
-    std::nth_element(works.begin(), works.begin() + 7, works.end());
-    EXPECT_LT(works[7], CLOCKS_PER_SEC / 200); // the middle one
+    std::nth_element(waits.begin(), waits.begin() + 7, waits.end());
+    EXPECT_LT(waits[7], 5ms); // the middle one: the machine may be busy
 }
 
 TEST(OverviewBuilder, AStoppedBuildTellsNothingMore) {

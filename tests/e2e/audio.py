@@ -88,17 +88,6 @@ class Play:
         return self.fade_out + self.last_call > len(samples)
 
 
-def _sounding_runs(track, rate):
-    """The stretches between silences, each as a pair of its first and its last frame."""
-    sounding = numpy.flatnonzero(track)
-    if len(sounding) == 0:
-        return []
-    breaks = numpy.flatnonzero(numpy.diff(sounding) > QUIET_SECONDS * rate)
-    firsts = sounding[numpy.concatenate(([0], breaks + 1))]
-    lasts = sounding[numpy.concatenate((breaks, [len(sounding) - 1]))]
-    return list(zip(firsts, lasts))
-
-
 def understand(heard, samples):
     """Finds the two fades by the factors in them: 1/n first, and (m-i)/m in the end."""
     assert len(heard) <= len(samples), "more was heard than there is"
@@ -115,44 +104,67 @@ def understand(heard, samples):
     return Play(heard, first_call, last_call, fade_out)
 
 
+def _breaks(sounding, rate):
+    """Where, among the frames that sound, a silence lies before one."""
+    return numpy.flatnonzero(numpy.diff(sounding) > QUIET_SECONDS * rate) + 1
+
+
 class Listener:
     """Waits for what is heard in a recording."""
 
     def __init__(self, recording):
         self._recording = recording
         self._rate = recording.rate
+        self._track = numpy.empty(0, numpy.float32)
+        self._plays = []  # of each its first frame that sounds, and its last so far
 
-    def _track(self):
-        frames = self._recording.frames()
+    def _listen(self):
+        """Takes what has come since."""
+        frames = self._recording.frames(len(self._track))
         assert numpy.array_equal(frames[:, 0], frames[:, 1]), "the two channels differ"
-        return frames[:, 0]
+        sounding = numpy.flatnonzero(frames[:, 0]) + len(self._track)
+        for run in numpy.split(sounding, _breaks(sounding, self._rate)):
+            if self._plays and len(run) and run[0] - self._plays[-1][1] <= QUIET_SECONDS * self._rate:
+                self._plays[-1][1] = run[-1]
+            elif len(run):
+                self._plays.append([run[0], run[-1]])
+        self._track = numpy.concatenate([self._track, frames[:, 0]])
 
     def wait_for_sound(self, seconds):
         """Until so much of a play has been heard, be it the first or a later one."""
         def heard_enough():
-            track = self._track()
-            runs = _sounding_runs(track, self._rate)
-            return runs and self._is_open(track, runs[-1]) and \
-                runs[-1][1] - runs[-1][0] > seconds * self._rate
+            self._listen()
+            return self._is_in_a_play() and \
+                self._plays[-1][1] - self._plays[-1][0] > seconds * self._rate
         wait_for(heard_enough, f"{seconds} s of sound are heard")
 
-    def _is_open(self, track, run):
-        return len(track) - run[1] < QUIET_SECONDS * self._rate
+    def _is_in_a_play(self):
+        return self._plays and \
+            len(self._track) - self._plays[-1][1] < QUIET_SECONDS * self._rate
 
     def wait_for_plays(self, count):
         """Each play's frames, the silent first one of the fade-in included."""
         def all_over():
-            track = self._track()
-            runs = _sounding_runs(track, self._rate)
-            if len(runs) < count or self._is_open(track, runs[-1]):
-                return None
-            return [track[first - 1:last + 1] for first, last in runs]
-        return wait_for(all_over, f"{count} plays are over")
+            self._listen()
+            return len(self._plays) >= count and not self._is_in_a_play()
+        wait_for(all_over, f"{count} plays are over")
+        return [self._track[max(first - 1, 0):last + 1] for first, last in self._plays]
+
+    def wait_for_silence(self):
+        """Until nothing is heard of a play any more, such as the rest of one that was cut off."""
+        self.wait_for_more(QUIET_SECONDS)
+        self.wait_for_plays(0)
 
     def plays_so_far(self):
-        return len(_sounding_runs(self._track(), self._rate))
+        self._listen()
+        return len(self._plays)
 
     def wait_for_more(self, seconds):
         """Until so much more has been recorded, sound or silence."""
-        end = len(self._track()) + seconds * self._rate
-        wait_for(lambda: len(self._track()) >= end, f"{seconds} s more are recorded")
+        self._listen()
+        end = len(self._track) + seconds * self._rate
+
+        def is_there():
+            self._listen()
+            return len(self._track) >= end
+        wait_for(is_there, f"{seconds} s more are recorded")

@@ -6,7 +6,8 @@ import unittest
 from pathlib import Path
 
 import audio
-from servers import Desktop, SoundServer, wait_for
+from servers import Desktop, wait_for
+from sound_servers import PulseServer
 from window import PLAY, STOP, Program, Window
 
 desktop = None
@@ -59,14 +60,14 @@ class SoundCase(WindowCase):
 
     def setUp(self):
         super().setUp()
-        self.server = SoundServer(desktop, self.rate)
+        self.server = PulseServer(desktop, self.rate)
         self.addCleanup(self.server.close)
-        recording = self.server.record()
-        self.addCleanup(recording.close)
-        self.listener = audio.Listener(recording)
+        self.listener = audio.Listener(self.server.record())
 
     def launch(self, *arguments, environment=None):
         super().launch(*arguments, environment=self.server.environment | (environment or {}))
+        self.addCleanup(self.server.let_clients_go)
+        self.server.wait_for_clients()
 
     def noise(self, seconds, seed=1):
         return audio.noise(int(seconds * self.rate), seed)

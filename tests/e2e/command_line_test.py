@@ -4,13 +4,14 @@ import os
 import subprocess
 import unittest
 
+from servers import TIMEOUT
 from window import PROGRAM
 
 
 def run(*arguments):
     kept = {name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")}
     return subprocess.run([PROGRAM, *arguments], env=kept, stdin=subprocess.DEVNULL,
-                          capture_output=True, text=True, timeout=30, check=False)
+                          capture_output=True, text=True, timeout=TIMEOUT, check=False)
 
 
 class WithoutDisplay(unittest.TestCase):

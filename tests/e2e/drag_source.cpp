@@ -1,4 +1,7 @@
-// drag_source FILE: a window from which FILE can be dragged, as from a file manager.
+// drag_source FILE: a window from which FILE can be dragged, as from a file manager. Says
+// "accepted" when the pointer is over a window that takes it.
+
+#include <cstdio>
 
 #include <QApplication>
 #include <QDrag>
@@ -23,6 +26,12 @@ protected:
         dragged->setUrls({QUrl::fromLocalFile(file_)});
         auto* const drag = new QDrag(this);
         drag->setMimeData(dragged);
+        connect(drag, &QDrag::actionChanged, [](Qt::DropAction action) {
+            if (action == Qt::CopyAction) {
+                std::puts("accepted");
+                std::fflush(stdout);
+            }
+        });
         drag->exec(Qt::CopyAction);
     }
 

@@ -1,7 +1,5 @@
 """The window without a mouse."""
 
-import time
-
 import audio
 import case
 from servers import wait_for
@@ -13,7 +11,7 @@ setUpModule = case.start_desktop
 class Keyboard(case.SoundCase):
 
     def load(self):
-        samples = self.noise(5)
+        samples = self.noise(20)
         self.launch(audio.write_caf(self.path("noise.caf"), self.rate, samples))
         self.window.wait_for_label("noise.caf")
         return samples
@@ -132,7 +130,7 @@ class Tour(case.WindowCase):
             return found[0] == expected
 
         try:
-            wait_for(is_there, f"{expected} has the focus", timeout=5)
+            wait_for(is_there, f"{expected} has the focus")
         except AssertionError as error:
             raise AssertionError(f"{error}; it is {found[0]}") from None
 
@@ -198,13 +196,11 @@ class Tour(case.WindowCase):
     def test_tab_reaches_the_boxes_of_the_open_panel(self):
         press_keys("ctrl+o")
         self.window.dialog("Open")
-        found = []
-        for _ in range(16):
+        self.wait_for_focus(("text", "File name:"))
+        for stop in (("combo box", "All Files (*)"), ("push button", "Cancel"),
+                     ("check box", "Swap Bytes"), ("check box", "Normalize")):
             press_keys("Tab")
-            time.sleep(0.1)
-            found.append(self.window.focus())
-        for box in ("Swap Bytes", "Normalize"):
-            self.assertIn(("check box", box), found)
+            self.wait_for_focus(stop)
 
     def test_enter_on_the_picture_turns_to_the_spectrogram(self):
         press_keys("Tab", "Tab", "Tab")
@@ -227,9 +223,10 @@ class Tour(case.WindowCase):
             with self.subTest(menu=letter):
                 press_keys(f"alt+{letter}")
                 items = wait_for(self.open_items, "a menu is open")
-                for item in items:
-                    wait_for(lambda: self.window.focus() == item or not press_keys("Down")
-                             and self.window.focus() == item, f"{item} is reached", timeout=5)
+                self.wait_for_focus(items[0])
+                for item in items[1:]:
+                    press_keys("Down")
+                    self.wait_for_focus(item)
                 press_keys("Escape", "Escape")
                 wait_for(lambda: not self.open_items(), "the menu is closed")
 

@@ -21,7 +21,7 @@ class Meter(case.SoundCase):
             return last[0] <= TOLERANCE
 
         try:
-            wait_for(shown, "the meter shows these quads", timeout=10)
+            wait_for(shown, "the meter shows these quads")
         except AssertionError as error:
             raise AssertionError(f"{error} (off by {last[0]:.0f} of 255)") from None
 

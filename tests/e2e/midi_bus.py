@@ -6,6 +6,7 @@ import sys
 from pathlib import Path
 
 from servers import end, wait_for
+from sound_servers import JackServer
 
 RATE = 48000
 SENDER = Path(__file__).with_name("midi_sender.py")
@@ -52,23 +53,21 @@ class Sender:
 
 
 class Bus:
-    """A JACK server and one MIDI source on it. A patient one waits for clients that are late on a busy
-    machine, where the usual one leaves them out of the period, with the messages in it."""
+    """A JACK server and one MIDI source on it. On a busy machine it leaves a client that is late out of
+    the period, with the messages in it, until it is asked to wait for them."""
 
-    def __init__(self, desktop, name, period, is_patient=False):
-        patience = ["-S", "-t", "10000"] if is_patient else []
-        self.environment = {"JACK_DEFAULT_SERVER": name, "JACK_NO_AUDIO_RESERVATION": "1"}
-        self._server = desktop.start(
-            ["jackd", "-r", *patience, "-n", name, "-d", "dummy", "-C", "0", "-P", "0", "-r", str(RATE),
-             "-p", str(period)], env=os.environ | self.environment, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL)
+    def __init__(self, desktop, period):
+        self._server = JackServer(desktop, RATE, period, has_sound=False)
+        self.environment = self._server.environment
+        self.wait_for_clients = self._server.wait_for_clients
+        self.let_clients_go = self._server.let_clients_go
         self._sender = Sender(self.environment)
         self.send = self._sender.send
         self.latency = self._sender.latency
 
     def close(self):
         self._sender.close()
-        end(self._server)
+        self._server.close()
 
 
 def note_on(channel=0, velocity=64):

@@ -62,7 +62,7 @@ class LostServer(case.SoundCase):
 
     def setUp(self):
         super().setUp()
-        self.samples = self.noise(5)
+        self.samples = self.noise(20)
         self.launch(audio.write_caf(self.path("noise.caf"), self.rate, self.samples))
         self.window.wait_for_label("noise.caf")
         self.play()
@@ -84,9 +84,7 @@ class LostServer(case.SoundCase):
     def test_a_play_is_heard_again_once_the_server_is_back(self):
         self.window.wait_for_title(PLAY)
         self.server.start()
-        recording = self.server.record()
-        self.addCleanup(recording.close)
-        self.listener = audio.Listener(recording)
+        self.listener = audio.Listener(self.server.record())
         self.play()
         self.listener.wait_for_sound(0.3)
         self.stop()

@@ -11,7 +11,8 @@ from pathlib import Path
 import numpy
 
 import audio
-from servers import Desktop, SoundServer, wait_for
+from servers import Desktop, wait_for
+from sound_servers import PulseServer
 from window import GREEN, PLAY, STOP, Program, Window, press_keys, screenshot
 
 RATE = 48000
@@ -24,7 +25,7 @@ class Photographer:
 
     def __init__(self, desktop, directory):
         self._desktop = desktop
-        self._server = SoundServer(desktop, RATE)
+        self._server = PulseServer(desktop, RATE)
         self._directory = directory
         directory.mkdir(parents=True, exist_ok=True)
 
@@ -77,7 +78,6 @@ class Photographer:
         window.wait_for_title(STOP)
         self.take("playing")
         program.close()
-        recording.close()
 
     def stopping(self):
         recording = self._server.record()
@@ -91,7 +91,6 @@ class Photographer:
         self.take("stopping")
         self._server.thaw()
         program.close()
-        recording.close()
 
     def refused(self):
         program, window = self.launch(HARP)

@@ -1,18 +1,25 @@
-"""Sound servers beside PulseAudio's, and the faults of all of them, for the tests and the soak."""
+"""Sound servers for the tests and the soak, the recorders that they play to, and their faults.
+
+A recorder is its server's clock, and lets it go on only when server and players have answered
+everything: so a busy machine plays more slowly, and loses nothing. See recorders/SleepWatch.h.
+"""
 
 import os
 import signal
 import socket
 import subprocess
-import sys
 import tempfile
 import threading
 from contextlib import contextmanager
 from pathlib import Path
 
-from servers import Recording, SoundServer, end, wait_for
+import numpy
 
-HERE = Path(__file__).parent
+from servers import end, wait_for
+
+# Where the build puts them: beside the program, unless that is an installed one.
+RECORDERS = Path(os.environ.get("ZEMO_TEST_PROGRAMS") or Path(os.environ["ZEMO_PROGRAM"]).parent)
+FRAME_BYTES = 8  # two channels of 32-bit floats
 
 
 def _run(command, environment):
@@ -21,17 +28,92 @@ def _run(command, environment):
                           stderr=subprocess.DEVNULL, text=True)
 
 
+def start_program(desktop, command, environment, name):
+    """A program whose words go to NAME.log in the desktop's folder."""
+    with open(desktop.directory / f"{name}.log", "ab") as log:
+        return desktop.start([str(word) for word in command], env=os.environ | environment,
+                             stdout=log, stderr=log)
+
+
+class Recorder:
+    """A program that records what one device plays, from its beginning on."""
+
+    def __init__(self, desktop, environment, rate, command, watched=None):
+        """`command`: the recorder's name and its words, but for the file that it writes. `watched`: the
+        process whose children must sleep, this one unless another is named, or 0: none."""
+        handle, name = tempfile.mkstemp(suffix=".f32", dir=desktop.directory)
+        os.close(handle)
+        self.path = Path(name)
+        self.rate = rate
+        self._start = lambda: start_program(
+            desktop, [RECORDERS / command[0], os.getpid() if watched is None else watched, *command[1:], name], environment, command[0])
+        self._process = self._start()
+        wait_for(self._records, f"the {command[0]} records")
+
+    def _records(self):
+        if self._process.poll() is not None:  # the server did not take it yet
+            self._process = self._start()
+        return self.frames_so_far() > 0
+
+    def frames_so_far(self):
+        return self.path.stat().st_size // FRAME_BYTES
+
+    def frames(self, first):
+        """From there on: one row a frame, one column a channel."""
+        samples = numpy.fromfile(self.path, dtype="<f4", offset=first * FRAME_BYTES)
+        return samples[:len(samples) // 2 * 2].reshape(-1, 2)
+
+    def signal(self):
+        """What this means, each of them says in its own file."""
+        self._process.send_signal(signal.SIGUSR1)
+
+    def close(self):
+        end(self._process)
+
+    def kill(self):
+        """For one whose server was killed: it would wait for that."""
+        self._process.kill()
+        self._process.wait()
+
+
+class Recording:
+    """What a recorder writes from the moment this is made."""
+
+    def __init__(self, recorder):
+        self._recorder = recorder
+        self._first = recorder.frames_so_far()
+        self.rate = recorder.rate
+
+    def frames(self, first=0):
+        """From frame `first` of this recording on: one row a frame, one column a channel."""
+        return self._recorder.frames(self._first + first)
+
+
 class Steered:
-    """What pactl can do to a server."""
+    """A server that pactl steers, and its sinks, each with a recorder."""
+
+    def wait_for_clients(self):
+        """These always do."""
+
+    def let_clients_go(self):
+        """And these."""
+
+    def __init__(self, desktop, rate):
+        self._desktop = desktop
+        self.rate = rate
+        self._recorders = {}
 
     def _pactl(self, *words):
         result = _run(["pactl", *words], self.environment)
         assert result.returncode == 0, f"pactl {words} has failed"
         return result.stdout.strip()
 
+    def _answers(self):
+        return _run(["pactl", "info"], self.environment).returncode == 0
+
     def add_sink(self, name, rate):
-        self._pactl("load-module", "module-null-sink", f"sink_name={name}", f"rate={rate}",
-                    "channels=2", "format=float32le", *self.sink_options)
+        self._forget(name)
+        self._recorders[name] = self._make_sink(name, rate)
         self.make_default(name)
 
     def make_default(self, name):
@@ -40,18 +122,57 @@ class Steered:
             return self._pactl("get-default-sink") == name
         wait_for(is_default, f"{name} is the default")
 
+    def record(self, sink="out"):
+        return Recording(self._recorders[sink])
+
+    def _forget(self, name):
+        if name in self._recorders:
+            self._recorders.pop(name).close()
+
+    def _forget_all(self):
+        for name in list(self._recorders):
+            self._forget(name)
+
+    @contextmanager
+    def other_calls(self):
+        """Meanwhile the device asks for another number of frames at a time."""
+        self._recorders["out"].signal()
+        try:
+            yield
+        finally:
+            self._recorders["out"].signal()
+
+
+class PulseServer(Steered):
+    """PulseAudio. Its sinks are pipes, and their rate never changes."""
+
+    def __init__(self, desktop, rate):
+        super().__init__(desktop, rate)
+        self._directory = Path(tempfile.mkdtemp(prefix="pulse-", dir=desktop.directory))
+        self.environment = {"PULSE_SERVER": f"unix:{self._directory}/socket"}
+        self._process = None
+        self.start()
+
+    def start(self):
+        self._process = start_program(
+            self._desktop,
+            ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--realtime=no",
+             "--high-priority=no", "--log-target=stderr", "-L",
+             f"module-native-protocol-unix socket={self._directory}/socket auth-anonymous=1"],
+            {"PULSE_RUNTIME_PATH": str(self._directory)}, "pulseaudio")
+        wait_for(self._answers, "PulseAudio runs")
+        self.add_sink("out", self.rate)
+
+    def _make_sink(self, name, rate):
+        pipe = self._directory / name
+        pipe.unlink(missing_ok=True)  # of a server that was killed
+        self._pactl("load-module", "module-pipe-sink", f"sink_name={name}", f"file={pipe}",
+                    f"rate={rate}", "channels=2", "format=float32le")
+        return Recorder(self._desktop, {}, rate, ["pulse_recorder", rate, pipe])
+
     def remove_sink(self):
         """As when a device is unplugged."""
-        for line in self._pactl("list", "short", "modules").splitlines():
-            words = line.split("\t")
-            if words[1:2] == ["module-null-sink"]:
-                self._pactl("unload-module", words[0])
-
-
-class PulseServer(Steered, SoundServer):
-    """PulseAudio itself. A sink that plays never changes its rate there."""
-
-    sink_options = ["norewinds=1"]
+        self._pactl("unload-module", "module-pipe-sink")
 
     def suspend(self):
         self._pactl("suspend-sink", "out", "1")
@@ -59,31 +180,31 @@ class PulseServer(Steered, SoundServer):
     def resume(self):
         self._pactl("suspend-sink", "out", "0")
 
-    @contextmanager
-    def other_calls(self):
-        """Meanwhile another program, which is silent, wants its sound within 10 ms: the device
-        asks all of them more often."""
-        other = self._desktop.start(
-            ["pacat", "--device=out", "--raw", "--format=float32le", f"--rate={self.rate}",
-             "--channels=2", "--latency-msec=10", "/dev/zero"],
-            env=os.environ | self.environment, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL)
-        try:
-            wait_for(lambda: self._pactl("list", "short", "sink-inputs").count("\n") > 0,
-                     "the other program plays")
-            yield
-        finally:
-            end(other)
+    def kill(self):
+        """Takes the server away without a word."""
+        self._process.kill()
+        self._process.wait()
+
+    def freeze(self):
+        """From now on the server takes no sound and answers nobody."""
+        self._process.send_signal(signal.SIGSTOP)
+
+    def thaw(self):
+        self._process.send_signal(signal.SIGCONT)
+
+    def close(self):
+        self.thaw()
+        end(self._process)
+        self._forget_all()
 
 
 class PipeWireServer(Steered):
-    """PipeWire, its session manager, and its PulseAudio side."""
+    """PipeWire, its session manager, and its PulseAudio side. Its sinks are recorders."""
 
-    sink_options = []
+    period = 1024
 
     def __init__(self, desktop, rate):
-        self._desktop = desktop
-        self.rate = rate
+        super().__init__(desktop, rate)
         self._runtime = Path(tempfile.mkdtemp(prefix="pipewire-", dir=desktop.directory))
         self.environment = {"XDG_RUNTIME_DIR": str(self._runtime),
                             "PULSE_SERVER": f"unix:{self._runtime}/pulse/native"}
@@ -93,14 +214,34 @@ class PipeWireServer(Steered):
     def start(self):
         (self._runtime / "pipewire-0").unlink(missing_ok=True)  # of one that was killed
         for command in ("pipewire", "wireplumber", "pipewire-pulse"):
-            with open(self._runtime / f"{command}.log", "wb") as log:
-                self._processes.append(self._desktop.start(
-                    [command], env=os.environ | self.environment, stdout=log, stderr=log))
+            self._processes.append(
+                start_program(self._desktop, [command], self.environment, command))
             if command == "pipewire":
                 wait_for((self._runtime / "pipewire-0").exists, "PipeWire runs")
-        wait_for(lambda: _run(["pactl", "info"], self.environment).returncode == 0,
-                 "PipeWire answers as PulseAudio")
+        wait_for(self._answers, "PipeWire answers as PulseAudio")
+        self._set("clock.force-rate", self.rate)
         self.add_sink("out", self.rate)
+
+    def _make_sink(self, name, rate):
+        return Recorder(self._desktop, self.environment, rate,
+                        ["pipewire_recorder", name, rate, self.period])
+
+    def remove_sink(self):
+        """As when a device is unplugged."""
+        self._forget_all()
+
+    def _set(self, name, value):
+        command = ["pw-metadata", "-n", "settings", "0", name, str(value)]
+        wait_for(lambda: _run(command, self.environment).returncode == 0, f"{name} is set")
+
+    @contextmanager
+    def other_rate(self, rate):
+        """Meanwhile the device runs at that rate."""
+        self._set("clock.force-rate", rate)
+        try:
+            yield
+        finally:
+            self._set("clock.force-rate", self.rate)
 
     def kill(self):
         for process in reversed(self._processes):
@@ -117,33 +258,11 @@ class PipeWireServer(Steered):
         for process in self._processes:
             process.send_signal(signal.SIGCONT)
 
-    @contextmanager
-    def _setting(self, name, setting, before):
-        """One of the server's own settings, for a while."""
-        def write(value):
-            command = ["pw-metadata", "-n", "settings", "0", name, str(value)]
-            assert _run(command, self.environment).returncode == 0, f"{command} has failed"
-        write(setting)
-        try:
-            yield
-        finally:
-            write(before)
-
-    def other_calls(self):
-        """Meanwhile the device asks for as little at a time as none does by itself."""
-        return self._setting("clock.force-quantum", 512, before=0)
-
-    def other_rate(self, rate):
-        """Meanwhile the device runs at that rate."""
-        return self._setting("clock.force-rate", rate, before=self.rate)
-
     def close(self):
         self.thaw()
+        self._forget_all()
         for process in reversed(self._processes):
             end(process)
-
-    def record(self, sink="out"):
-        return Recording(self._desktop, self, sink)
 
 
 class JackServer:
@@ -151,22 +270,26 @@ class JackServer:
 
     number = 0
 
-    def __init__(self, desktop, rate, period=1024):
+    def __init__(self, desktop, rate, period=1024, has_sound=True):
+        """Without sound it is for MIDI alone."""
         self._desktop = desktop
         self.rate = rate
         self._period = period
+        self._has_sound = has_sound
         JackServer.number += 1
         self.environment = {"JACK_DEFAULT_SERVER": f"zemo-f{os.getpid()}-{JackServer.number}",
                             "JACK_NO_AUDIO_RESERVATION": "1", "JACK_NO_START_SERVER": "1",
                             "PULSE_SERVER": "unix:/nonexistent"}
+        self._recorder = None
+        self._waits = False
         self.start()
 
     def start(self):
         name = self.environment["JACK_DEFAULT_SERVER"]
-        self._process = self._desktop.start(
+        self._process = start_program(
+            self._desktop,
             ["jackd", "-r", "-t", "5000", "-n", name, "-d", "dummy", "-C", "0", "-P", "0",
-             "-r", str(self.rate), "-p", str(self._period)], env=os.environ | self.environment,
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+             "-r", self.rate, "-p", self._period], self.environment, "jackd")
         wait_for(lambda: _run(["jack_lsp"], self.environment).returncode == 0, "jackd runs")
 
     def set_buffer(self, frames):
@@ -185,6 +308,10 @@ class JackServer:
     def kill(self):
         self._process.kill()
         self._process.wait()
+        if self._recorder is not None:
+            self._recorder.kill()
+            self._recorder = None
+            self._waits = False
 
     def freeze(self):
         self._process.send_signal(signal.SIGSTOP)
@@ -196,6 +323,9 @@ class JackServer:
         """JACK has room for eight servers on a machine, and one that did not end by itself keeps
         its place until another of its name ends so."""
         self.thaw()
+        self.let_clients_go()
+        if self._recorder is not None:
+            self._recorder.close()
         end(self._process)
         if self._process.returncode != 0:
             self.start()
@@ -205,34 +335,24 @@ class JackServer:
             left.unlink(missing_ok=True)
 
     def record(self):
-        return JackRecording(self._desktop, self)
+        """From now on there is something to hear what is played."""
+        if self._recorder is None:
+            self._recorder = Recorder(self._desktop, self.environment, self.rate, ["jack_recorder"],
+                                      None if self._has_sound else 0)
+        return Recording(self._recorder)
 
+    def wait_for_clients(self):
+        """From now on no client is left out of a period. All of them are to be there."""
+        self.record()
+        if not self._waits:
+            self._recorder.signal()
+            self._waits = True
 
-class JackRecording(Recording):
-    """All that reaches the recorder's two ports."""
-
-    def __init__(self, desktop, server):  # pylint: disable=super-init-not-called
-        handle, name = tempfile.mkstemp(suffix=".f32", dir=desktop.directory)
-        os.close(handle)
-        self._path = Path(name)
-        self.rate = server.rate
-        self._process = wait_for(lambda: self._start(desktop, server), "the recorder runs")
-        wait_for(lambda: self._path.stat().st_size > 0, "the recorder records")
-
-    def _start(self, desktop, server):
-        process = desktop.start(
-            [sys.executable, "-B", str(HERE / "jack_recorder.py"), str(self._path)],
-            env=os.environ | server.environment, stdout=subprocess.PIPE,
-            stderr=subprocess.DEVNULL, text=True)
-        if process.stdout.readline() == "ready\n":
-            return process
-        end(process)
-        process.stdout.close()
-        return None
-
-    def close(self):
-        end(self._process)
-        self._process.stdout.close()
+    def let_clients_go(self):
+        """Before one of them ends."""
+        if self._waits:
+            self._recorder.signal()
+            self._waits = False
 
 
 class DeafSocket:

@@ -10,7 +10,7 @@ setUpModule = case.start_desktop
 
 class Transport(case.SoundCase):
 
-    def load(self, seconds=5.0):
+    def load(self, seconds=20):
         samples = self.noise(seconds)
         self.launch(audio.write_caf(self.path("noise.caf"), self.rate, samples))
         self.window.wait_for_label("noise.caf")

@@ -109,7 +109,12 @@ class Control:
         self._accessible.do_action(0)
 
     def write(self, text):
-        self._accessible.set_text_contents(text)
+        """Until it stands there: a panel that is still finding its files may write over it."""
+        def stands():
+            if self.text() != text:
+                self._accessible.set_text_contents(text)
+            return self.text() == text
+        wait_for(stands, f"{text} stands in {self.name}")
 
     def text(self):
         return self._accessible.get_text(0, -1)
@@ -286,7 +291,6 @@ class Window:
             self._check(self.find("check box", box, panel))
         field = self.find("text", "File name:", panel)
         field.write(str(path))
-        wait_for(lambda: field.text() == str(path), "the path stands in the panel")
         self.find("push button", "Open", panel).press()
         self.wait_until_closed(title)
 

@@ -60,10 +60,11 @@ class Rig(case.SoundCase):
         super().__init__("play")
         case.desktop = desktop
         super().setUp()
-        self.bus = Bus(desktop, f"zemo-s{os.getpid()}", PERIOD, is_patient=True)
+        self.bus = Bus(desktop, PERIOD)
         self.addCleanup(self.bus.close)
-        self.launch(environment=self.bus.environment)
+        self.launch(environment=self.bus.environment | self.server.environment)
         wait_for(lambda: "MIDI Sources: 1" in self.program.output(), "the source is connected")
+        self.bus.wait_for_clients()
         self.place = len(self.program.output_from(0))
 
     def resident(self):

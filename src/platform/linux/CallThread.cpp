@@ -9,11 +9,14 @@
 #include <system_error>
 #include <thread>
 
+#include <pthread.h>
+
 namespace zemo::platform {
 namespace {
 
 using namespace std::chrono_literals;
 
+constexpr const char* kThreadName = "zemo-server"; // 15 letters at most
 constexpr auto kLastPatience = 300ms;
 
 constinit std::atomic<int> threads{0};
@@ -31,6 +34,8 @@ CallThread::CallThread() : queue_(std::make_shared<Queue>()) {
     threads.fetch_add(1);
     try {
         std::thread([queue = queue_]() mutable {
+            // A server's library starts its threads from here, and they take this name over.
+            pthread_setname_np(pthread_self(), kThreadName);
             serve(*queue);
             queue.reset();
             threads.fetch_sub(1);

@@ -43,6 +43,8 @@ configure() { # PRESET ARGUMENT...
 build() { # PRESET ARGUMENT...
     local preset=$1
     local -x CCACHE_DIR=$PWD/build/ccache
+    # What ccache asks for where headers are precompiled.
+    local -x CCACHE_SLOPPINESS=pch_defines,time_macros
     shift
     quietly "build/logs/$preset-build.log" \
         flock build/.lock cmake --build --preset "$preset" "$@"

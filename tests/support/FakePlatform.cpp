@@ -16,14 +16,18 @@ namespace {
 class MemoryFileStream final : public platform::FileStream {
 public:
     MemoryFileStream(const std::vector<std::uint8_t>& bytes, std::size_t readable,
-                     std::size_t unreadableByte)
+                     std::size_t unreadableByte, std::function<void()> whileReading)
         : bytes_(bytes),
           readable_(std::min(readable, bytes.size())),
-          unreadableByte_(unreadableByte) {}
+          unreadableByte_(unreadableByte),
+          whileReading_(std::move(whileReading)) {}
 
     std::uint64_t size() const override { return bytes_.size(); }
 
     std::size_t readAt(std::uint64_t offset, void* destination, std::size_t count) override {
+        if (whileReading_) {
+            whileReading_();
+        }
         if (offset >= readable_) {
             return 0;
         }
@@ -39,6 +43,7 @@ private:
     const std::vector<std::uint8_t>& bytes_;
     std::size_t readable_;
     std::size_t unreadableByte_;
+    std::function<void()> whileReading_;
 };
 
 void resetSharedState() {
@@ -162,7 +167,7 @@ std::unique_ptr<platform::FileStream> MemoryFileSystem::openForReading(const std
         error = refused != openErrors.end() ? refused->second : ENOENT;
         return nullptr;
     }
-    return std::make_unique<MemoryFileStream>(found->second, readableBytes, unreadableByte);
+    return std::make_unique<MemoryFileStream>(found->second, readableBytes, unreadableByte, whileReading);
 }
 
 long FakeFileOperations::called(const std::string& name) {

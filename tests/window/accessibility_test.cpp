@@ -6,6 +6,7 @@
 
 #include "interface/ProgressPanel.h"
 #include "playback/SharedState.h"
+#include "support/Waiting.h"
 #include "support/WindowUnderTest.h"
 
 using namespace zemo;
@@ -233,7 +234,8 @@ private slots:
         meter->repaint();
         value.store(0.0F);
         meter->repaint();
-        QTest::qWait(1500);
+        QTRY_COMPARE(told.size(), 2);
+        QTest::qWait(1000); // in which it would speak twice more
         QCOMPARE(told.size(), 2);
         QCOMPARE(told.at(0).at(0).toDouble(), -6.0);
         QCOMPARE(told.at(1).at(0).toDouble(), kSpokenFloor);

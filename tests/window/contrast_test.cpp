@@ -8,6 +8,7 @@
 #include "interface/Contrast.h"
 #include "interface/ProgressPanel.h"
 #include "playback/SharedState.h"
+#include "support/Waiting.h"
 #include "support/WindowUnderTest.h"
 
 using namespace zemo;
@@ -207,7 +208,7 @@ private slots:
         auto* const reason = zemo.delegate.window->findChild<QLabel*>("reasonValue");
         reason->setText("Why it was refused");
         reason->show();
-        QTest::qWait(20);
+        QTRY_VERIFY(!notice->size().isEmpty() && !reason->size().isEmpty());
         verifyLabels(zemo.delegate.window, "main window");
     }
 
@@ -249,12 +250,11 @@ private slots:
         QTRY_VERIFY(view->accessibleDescription().startsWith("Length"));
         for (const bool spectrogram : {false, true}) {
             view->setSpectrogramShown(spectrogram);
-            QTest::qWait(300); // the spectrogram is made
             const QRect plot = view->plot().toAlignedRect();
             const QRect levels(8, plot.top(), plot.left() - 16, plot.height());
             const QRect times(20, plot.bottom() + 7, view->width() - 40, 16);
-            QVERIFY(contrastIn(pictureOf(view, levels)) >= kText);
-            QVERIFY(contrastIn(pictureOf(view, times)) >= kText);
+            QTRY_VERIFY(contrastIn(pictureOf(view, levels)) >= kText);
+            QTRY_VERIFY(contrastIn(pictureOf(view, times)) >= kText);
         }
         view->clear();
         QVERIFY(contrastIn(pictureOf(view, view->plot().toAlignedRect())) >= kText);
@@ -285,7 +285,7 @@ private slots:
         QVERIFY(tip != nullptr);
         QVERIFY(contrastIn(pictureOf(tip, tip->rect().adjusted(3, 3, -3, -3))) >= kText);
         QToolTip::hideText();
-        QTest::qWait(400);
+        QTRY_VERIFY(!QToolTip::isVisible());
     }
 
     void theSheetsAreInTheSystemsColoursAndStandOut_data() { addPalettes(); }

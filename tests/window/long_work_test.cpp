@@ -1,6 +1,6 @@
 #include <QProgressBar>
 #include <QtTest>
-#include <atomic>
+#include <semaphore>
 #include <thread>
 
 #include "app/WorkInWindow.h"
@@ -33,6 +33,22 @@ void slowWork(std::chrono::milliseconds piece) {
     }
 }
 
+/// Work of a hundred pieces, each of which waits until the window has let it go on.
+class SteppedWork {
+public:
+    void operator()() {
+        platform::beginStage(100);
+        for (int i = 0; i < 100; ++i) {
+            steps_.acquire();
+            platform::pieceDone();
+        }
+    }
+    void step() { steps_.release(); } ///< [main]
+
+private:
+    std::counting_semaphore<> steps_{0};
+};
+
 ProgressPanel* panelOf(const AppDelegate& delegate) {
     return delegate.window->findChild<ProgressPanel*>();
 }
@@ -52,25 +68,25 @@ private slots:
 
     void workIsDoneOnAnotherThreadWhileTheEventsGoOn() {
         WindowUnderTest zemo;
-        int ticks = 0;
+        SteppedWork work;
         QTimer timer;
-        connect(&timer, &QTimer::timeout, this, [&] { ++ticks; });
-        timer.start(5);
+        connect(&timer, &QTimer::timeout, this, [&] { work.step(); });
+        timer.start(1);
         std::thread::id worker;
         longWork().run(
             [&] {
                 worker = std::this_thread::get_id();
-                slowWork(2ms);
+                work(); // comes to its end only if the events go on
             },
             platform::Cancel::Allowed);
         QVERIFY(worker != std::this_thread::get_id());
-        QVERIFY2(ticks >= 5, qPrintable(QString::number(ticks)));
     }
 
     void workThatLastsShowsHowFarItIs() {
         WindowUnderTest zemo;
         int highest = -1;
         bool isModal = false;
+        SteppedWork work;
         QTimer timer;
         connect(&timer, &QTimer::timeout, this, [&] {
             if (ProgressPanel* const panel = panelOf(zemo.delegate)) {
@@ -78,10 +94,11 @@ private slots:
                 QVERIFY(shown >= highest);
                 highest = shown;
                 isModal = panel->isVisible() && panel->windowModality() == Qt::WindowModal;
+                work.step();
             }
         });
-        timer.start(20);
-        QVERIFY(longWork().run([] { slowWork(10ms); }, platform::Cancel::Allowed));
+        timer.start(20); // as often as the panel looks, so it shows most of the steps
+        QVERIFY(longWork().run([&] { work(); }, platform::Cancel::Allowed));
         QVERIFY2(highest > 500, qPrintable(QString::number(highest)));
         QVERIFY(isModal);
         QVERIFY(panelOf(zemo.delegate) == nullptr);
@@ -149,25 +166,24 @@ private slots:
         zemo.delegate.ustruct.buf = allocateSamples(1);
         zemo.delegate.ustruct.bufsize = 1;
         zemo.platform.files.files["/new.raw"] = {0, 0, 0, 0};
-        int tried = 0;
+        SteppedWork work;
         QTimer timer;
         connect(&timer, &QTimer::timeout, this, [&] {
-            ++tried;
+            work.step();
             zemo.delegate.revertAction(nullptr);
             zemo.delegate.openFileNamed("/new.raw");
             zemo.delegate.AMDialog(nullptr);
             zemo.delegate.amOkButton->click();
         });
-        timer.start(10);
+        timer.start(1);
         const float* const block = fBuffer.load();
         longWork().run(
             [&] {
-                slowWork(1ms);
+                work();
                 QVERIFY(fBuffer.load() == block);
             },
             platform::Cancel::Allowed);
         timer.stop();
-        QVERIFY(tried > 0);
         QVERIFY(currentSound() == kSound);
         QCOMPARE(zemo.delegate.ustruct.bufsize, 1);
         zemo.delegate.revertAction(nullptr); // and afterwards it can be changed again

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "playback/SharedState.h"
+#include "support/Waiting.h"
 #include "support/WindowUnderTest.h"
 
 using namespace zemo;

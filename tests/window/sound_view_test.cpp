@@ -7,6 +7,7 @@
 #include "interface/SoundPicture.h"
 #include "interface/SoundRuler.h"
 #include "interface/SoundView.h"
+#include "support/Waiting.h"
 
 using namespace zemo;
 
@@ -17,6 +18,22 @@ constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 std::vector<float> constant(std::size_t count, float level) {
     return std::vector<float>(count, level);
 }
+
+/// Every stretch of a widget that is painted.
+class PaintWatcher : public QObject {
+public:
+    QRegion painted;
+    int paints = 0;
+
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            painted += static_cast<QPaintEvent*>(event)->region();
+            ++paints;
+        }
+        return false;
+    }
+};
 
 /// A view of 600 by 240 pixels with a sound in it, and what it shows.
 class ViewOnScreen {
@@ -32,6 +49,15 @@ public:
         image.setDevicePixelRatio(view.devicePixelRatioF());
         view.render(&image);
         return image;
+    }
+
+    /// Until all of it has been painted on the screen, and nothing is left to be.
+    void waitUntilPainted() {
+        PaintWatcher watcher;
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        view.installEventFilter(&watcher);
+        view.update();
+        QTRY_VERIFY(watcher.painted.contains(view.rect()));
     }
 
     /// The colour at a place in the view's own pixels.
@@ -78,22 +104,6 @@ double contrast(const QColor& a, const QColor& b) {
     const double darker = std::min(luminance(a), luminance(b));
     return (lighter + 0.05) / (darker + 0.05);
 }
-
-/// Every stretch of a widget that is painted.
-class PaintWatcher : public QObject {
-public:
-    QRegion painted;
-    int paints = 0;
-
-protected:
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
-        if (event->type() == QEvent::Paint) {
-            painted += static_cast<QPaintEvent*>(event)->region();
-            ++paints;
-        }
-        return false;
-    }
-};
 
 } // namespace
 
@@ -193,8 +203,7 @@ private slots:
         ViewOnScreen screen(constant(100000, 0.1F));
         screen.view.setPlayhead(20000.0);
         screen.view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen.view));
-        QTest::qWait(50);
+        screen.waitUntilPainted();
         PaintWatcher watcher;
         screen.view.installEventFilter(&watcher);
         screen.view.setPlayhead(20500.0);
@@ -207,14 +216,15 @@ private slots:
     void aMoveOfLessThanAPixelPaintsNothing() {
         ViewOnScreen screen(constant(10000000, 0.1F));
         screen.view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen.view));
         screen.view.setPlayhead(5000000.0);
-        QTest::qWait(50);
+        screen.waitUntilPainted();
         PaintWatcher watcher;
         screen.view.installEventFilter(&watcher);
         screen.view.setPlayhead(5000001.0);
-        QTest::qWait(50);
-        QCOMPARE(watcher.paints, 0);
+        const QRect corner(0, 0, 1, 1);
+        screen.view.update(corner); // is painted together with what else is to be
+        QTRY_VERIFY(watcher.paints > 0);
+        QCOMPARE(watcher.painted, QRegion(corner));
     }
 
     void theButtonTurnsFromTheWaveToTheSpectrogram() {

@@ -107,6 +107,7 @@ public:
     std::map<std::string, int> openErrors; ///< error number by path
     std::size_t readableBytes = SIZE_MAX;  ///< reads past this many bytes of a file fall short
     std::size_t unreadableByte = SIZE_MAX; ///< a read that comes to this one ends before it
+    std::function<void()> whileReading;    ///< runs before every read, on the reader's thread
 
     std::unique_ptr<platform::FileStream> openForReading(const std::string& path,
                                                          int& error) override;

@@ -1,3 +1,6 @@
+// window_gaps: prints the longest time that the window's events had to wait, and how long a cancel took,
+// while half an hour of sound was worked on. tools/soak window runs it; it is no test, since a busy
+// machine keeps events waiting too.
 #include <QElapsedTimer>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -66,7 +69,7 @@ SampleBlock halfAnHour() {
 
 } // namespace
 
-class ResponsivenessTest : public QObject {
+class WindowGaps : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase() {
@@ -207,5 +210,5 @@ private:
     platform::PosixFileOperations fileOperations_;
 };
 
-QTEST_MAIN(ResponsivenessTest)
-#include "responsiveness_test.moc"
+QTEST_MAIN(WindowGaps)
+#include "window_gaps.moc"

@@ -1,19 +1,18 @@
 """Import, export, and files that are dropped or given at the start."""
 
 import itertools
-import os
 import subprocess
 
 import numpy
 
 import audio
 import case
-from servers import end, wait_for
+from servers import TEST_PROGRAMS, end, wait_for
 from window import is_visible, move_window
 
 setUpModule = case.start_desktop
 
-DRAG_SOURCE = os.environ["ZEMO_DRAG_SOURCE"]
+DRAG_SOURCE = TEST_PROGRAMS / "drag_source"
 
 
 def ffmpeg(*arguments):

@@ -16,6 +16,9 @@ from pathlib import Path
 TIMEOUT = 60.0
 SHORTEST_POLL, LONGEST_POLL = 0.005, 0.05  # seconds
 SCREEN = (1280, 900)
+# Where a build puts the programs that only the tests need: beside its own, unless those are installed.
+TEST_PROGRAMS = Path(os.environ.get("ZEMO_TEST_PROGRAMS") or
+                     Path(__file__).resolve().parents[2] / "build/release/bin")
 
 # Alt with a click is the program's here: a window manager's usual bindings would take it away.
 OPENBOX_CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>

@@ -15,10 +15,8 @@ from pathlib import Path
 
 import numpy
 
-from servers import end, wait_for
+from servers import TEST_PROGRAMS, end, wait_for
 
-# Where the build puts them: beside the program, unless that is an installed one.
-RECORDERS = Path(os.environ.get("ZEMO_TEST_PROGRAMS") or Path(os.environ["ZEMO_PROGRAM"]).parent)
 FRAME_BYTES = 8  # two channels of 32-bit floats
 
 
@@ -46,7 +44,7 @@ class Recorder:
         self.path = Path(name)
         self.rate = rate
         self._start = lambda: start_program(
-            desktop, [RECORDERS / command[0], os.getpid() if watched is None else watched, *command[1:], name], environment, command[0])
+            desktop, [TEST_PROGRAMS / command[0], os.getpid() if watched is None else watched, *command[1:], name], environment, command[0])
         self._process = self._start()
         wait_for(self._records, f"the {command[0]} records")
 

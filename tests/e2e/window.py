@@ -11,8 +11,9 @@ import numpy
 
 from servers import SCREEN, end, wait_for
 
-# Named from outside: the tests belong to any build.
-PROGRAM = os.environ["ZEMO_PROGRAM"]
+# The tests belong to any build: the one named from outside, or what ./test builds.
+PROGRAM = os.environ.get("ZEMO_PROGRAM") or str(
+    Path(__file__).resolve().parents[2] / "build/release/bin/zemo")
 
 PLAY = "Play"
 STOP = "Stop"

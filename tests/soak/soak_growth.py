@@ -1,6 +1,5 @@
 """Transforms a sound in one process so many times and looks that it takes no more memory."""
 
-import os
 import random
 import subprocess
 import tempfile
@@ -8,8 +7,10 @@ import threading
 import time
 from pathlib import Path
 
+from window import PROGRAM
+
 COUNT = 1000
-BATCH = Path(os.environ["ZEMO_PROGRAM"]).with_name("zemo-batch")
+BATCH = Path(PROGRAM).with_name("zemo-batch")
 EXAMPLE = Path(__file__).resolve().parents[2] / "examples" / "bell-44100.caf"
 WARM_UP = 100  # transformations
 MOST_GROWTH = 2048  # KiB

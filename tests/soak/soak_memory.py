@@ -1,14 +1,15 @@
 """Lets the address space of zemo-batch end in steps of 128 KiB, in every library that it uses."""
 
-import os
 import subprocess
 import sys
 import time
 from pathlib import Path
 
+from window import PROGRAM
+
 COUNT = 1
 ROOT = Path(__file__).resolve().parents[2]
-BATCH = Path(os.environ["ZEMO_PROGRAM"]).with_name("zemo-batch")
+BATCH = Path(PROGRAM).with_name("zemo-batch")
 STEP = 128  # KiB
 TESTS = ["test_imports_at_another_rate", "test_transformations_and_a_save", "test_exports"]
 

@@ -5,8 +5,10 @@ import re
 import subprocess
 from pathlib import Path
 
+from window import PROGRAM
+
 COUNT = 5
-GAPS = Path(os.environ["ZEMO_PROGRAM"]).with_name("window_gaps")
+GAPS = Path(PROGRAM).with_name("window_gaps")
 LONGEST_GAP = 0.050  # seconds: what a person may notice
 LONGEST_CANCEL = 0.100
 

@@ -150,6 +150,10 @@
         <translation>Der Common-Chunk der AIFF-Datei ist falsch.</translation>
     </message>
     <message>
+        <source>The AIFF-C file&apos;s compression is not known.</source>
+        <translation>Die Kompression der AIFF-C-Datei ist nicht bekannt.</translation>
+    </message>
+    <message>
         <source>The file is neither CAF nor AIFF.</source>
         <translation>Die Datei ist weder CAF noch AIFF.</translation>
     </message>

@@ -150,6 +150,10 @@
         <translation>Le bloc commun (COMM) du fichier AIFF est erroné.</translation>
     </message>
     <message>
+        <source>The AIFF-C file&apos;s compression is not known.</source>
+        <translation>La compression du fichier AIFF-C n’est pas connue.</translation>
+    </message>
+    <message>
         <source>The file is neither CAF nor AIFF.</source>
         <translation>Le fichier n’est ni CAF ni AIFF.</translation>
     </message>

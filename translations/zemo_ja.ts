@@ -150,6 +150,10 @@
         <translation>AIFF ファイルの COMM チャンクが正しくありません。</translation>
     </message>
     <message>
+        <source>The AIFF-C file&apos;s compression is not known.</source>
+        <translation>この AIFF-C ファイルの圧縮形式には対応していません。</translation>
+    </message>
+    <message>
         <source>The file is neither CAF nor AIFF.</source>
         <translation>ファイルは CAF でも AIFF でもありません。</translation>
     </message>

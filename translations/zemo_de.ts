@@ -995,6 +995,17 @@ Hält einen Klang, spielt ihn ab und formt ihn um.</translation>
     </message>
 </context>
 <context>
+    <name>zemo::OpenPanel</name>
+    <message>
+        <source>Names that are not UTF-8:</source>
+        <translation>Namen, die nicht UTF-8 sind:</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>Auswählen&#xa0;…</translation>
+    </message>
+</context>
+<context>
     <name>zemo::ProgressPanel</name>
     <message>
         <source>Please wait</source>

@@ -995,6 +995,17 @@ Contient un son, le joue et le transforme.</translation>
     </message>
 </context>
 <context>
+    <name>zemo::OpenPanel</name>
+    <message>
+        <source>Names that are not UTF-8:</source>
+        <translation>Noms qui ne sont pas en UTF-8&#xa0;:</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>Choisir…</translation>
+    </message>
+</context>
+<context>
     <name>zemo::ProgressPanel</name>
     <message>
         <source>Please wait</source>

@@ -995,6 +995,17 @@ Holds one sound, plays it and rewrites it.</source>
     </message>
 </context>
 <context>
+    <name>zemo::OpenPanel</name>
+    <message>
+        <source>Names that are not UTF-8:</source>
+        <translation>UTF-8 ではないファイル名:</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>選択…</translation>
+    </message>
+</context>
+<context>
     <name>zemo::ProgressPanel</name>
     <message>
         <source>Please wait</source>

@@ -99,7 +99,7 @@ TEST_F(SaveOnDisk, TheDescriptorOfAnotherProcessIsAppendedTo) {
     if (other == 0) {
         const int notes = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
         ::dup3(notes, 99, O_CLOEXEC);
-        static_cast<void>(::write(ends[1], "x", 1));
+        [[maybe_unused]] const ssize_t written = ::write(ends[1], "x", 1);
         ::pause();
         std::_Exit(0);
     }

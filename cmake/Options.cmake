@@ -12,6 +12,16 @@ target_compile_options(zemo_options INTERFACE
 include(CheckCXXCompilerFlag)
 check_cxx_compiler_flag(-Wfunction-effects ZEMO_HAS_FUNCTION_EFFECTS)
 
+# Position-independent programs, also where that is not the compiler's default.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+
+# What distributions protect their packages with. The optimizer is needed for FORTIFY, and the
+# sanitizers have checks of their own.
+if(ZEMO_HARDEN AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT ZEMO_SANITIZE AND NOT ZEMO_FUZZ)
+    include(Hardening)
+endif()
+
 if(ZEMO_SANITIZE)
     target_compile_options(zemo_options INTERFACE
         -fsanitize=${ZEMO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
@@ -35,6 +45,9 @@ function(zemo_room name)
     add_library(${name} STATIC ${ROOM_SOURCES})
     target_include_directories(${name} PUBLIC ${ROOM_ROOT})
     target_link_libraries(${name} PUBLIC ${ROOM_LINKS} PRIVATE zemo_options)
+    # Not PIC, which would cost the core its inlining; Qt asks for that itself.
+    target_compile_options(${name} PRIVATE
+        $<$<NOT:$<BOOL:$<TARGET_PROPERTY:POSITION_INDEPENDENT_CODE>>>:-fPIE>)
     if("${ROOM_LINKS}" MATCHES "Qt6::")
         zemo_reuse_headers(${name} zemo_window_headers)
     else()

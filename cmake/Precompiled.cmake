@@ -14,6 +14,8 @@ function(zemo_usual_headers name)
     list(TRANSFORM USUAL_HEADERS PREPEND "<")
     list(TRANSFORM USUAL_HEADERS APPEND ">")
     target_precompile_headers(${name} PRIVATE ${USUAL_HEADERS})
+    target_compile_options(${name} PRIVATE # as rooms are compiled
+        $<$<NOT:$<BOOL:$<TARGET_PROPERTY:POSITION_INDEPENDENT_CODE>>>:-fPIE>)
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         target_compile_options(${name} PRIVATE -fpch-preprocess) # for ccache
     endif()

@@ -150,6 +150,10 @@
         <translation>Der Common-Chunk der AIFF-Datei ist falsch.</translation>
     </message>
     <message>
+        <source>The AIFF-C file&apos;s compression is not known.</source>
+        <translation>Die Kompression der AIFF-C-Datei ist nicht bekannt.</translation>
+    </message>
+    <message>
         <source>The file is neither CAF nor AIFF.</source>
         <translation>Die Datei ist weder CAF noch AIFF.</translation>
     </message>
@@ -988,6 +992,17 @@ Hält einen Klang, spielt ihn ab und formt ihn um.</translation>
     <message>
         <source>No program here opens %1.</source>
         <translation>Kein Programm hier öffnet %1.</translation>
+    </message>
+</context>
+<context>
+    <name>zemo::OpenPanel</name>
+    <message>
+        <source>Names that are not UTF-8:</source>
+        <translation>Namen, die nicht UTF-8 sind:</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>Auswählen&#xa0;…</translation>
     </message>
 </context>
 <context>

@@ -150,6 +150,10 @@
         <translation>Le bloc commun (COMM) du fichier AIFF est erroné.</translation>
     </message>
     <message>
+        <source>The AIFF-C file&apos;s compression is not known.</source>
+        <translation>La compression du fichier AIFF-C n’est pas connue.</translation>
+    </message>
+    <message>
         <source>The file is neither CAF nor AIFF.</source>
         <translation>Le fichier n’est ni CAF ni AIFF.</translation>
     </message>
@@ -988,6 +992,17 @@ Contient un son, le joue et le transforme.</translation>
     <message>
         <source>No program here opens %1.</source>
         <translation>Aucun programme ici n’ouvre %1.</translation>
+    </message>
+</context>
+<context>
+    <name>zemo::OpenPanel</name>
+    <message>
+        <source>Names that are not UTF-8:</source>
+        <translation>Noms qui ne sont pas en UTF-8&#xa0;:</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>Choisir…</translation>
     </message>
 </context>
 <context>

@@ -150,6 +150,10 @@
         <translation>AIFF ファイルの COMM チャンクが正しくありません。</translation>
     </message>
     <message>
+        <source>The AIFF-C file&apos;s compression is not known.</source>
+        <translation>この AIFF-C ファイルの圧縮形式には対応していません。</translation>
+    </message>
+    <message>
         <source>The file is neither CAF nor AIFF.</source>
         <translation>ファイルは CAF でも AIFF でもありません。</translation>
     </message>
@@ -988,6 +992,17 @@ Holds one sound, plays it and rewrites it.</source>
     <message>
         <source>No program here opens %1.</source>
         <translation>%1 を開くプログラムがありません。</translation>
+    </message>
+</context>
+<context>
+    <name>zemo::OpenPanel</name>
+    <message>
+        <source>Names that are not UTF-8:</source>
+        <translation>UTF-8 ではないファイル名:</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>選択…</translation>
     </message>
 </context>
 <context>

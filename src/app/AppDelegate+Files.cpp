@@ -1,6 +1,4 @@
-#include <QFile>
 #include <QFileInfo>
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLocale>
 #include <memory>
@@ -10,6 +8,8 @@
 #include "files/PostError.h"
 #include "files/RawFileReader.h"
 #include "files/SoundLoader.h"
+#include "interface/FileNames.h"
+#include "interface/OpenPanel.h"
 #include "interface/SavePanel.h"
 #include "platform/Format.h"
 #include "platform/Services.h"
@@ -21,24 +21,6 @@ namespace {
 
 platform::TraceLog& trace() {
     return *platform::services().trace;
-}
-
-/// A panel for one existing file of any kind. Not the system's own: that one takes no boxes.
-QFileDialog* makeOpenPanel(QWidget* parent, const QString& title) {
-    auto* const panel = new QFileDialog(parent, title);
-    panel->setOption(QFileDialog::DontUseNativeDialog);
-    panel->setFileMode(QFileDialog::ExistingFile);
-    panel->setAcceptMode(QFileDialog::AcceptOpen);
-    return panel;
-}
-
-void setAccessoryView(QFileDialog* panel, QWidget* view) {
-    auto* const grid = qobject_cast<QGridLayout*>(panel->layout());
-    grid->addWidget(view, grid->rowCount(), 0, 1, grid->columnCount());
-}
-
-std::string fileSystemPath(const QString& path) {
-    return QFile::encodeName(QFileInfo(path).absoluteFilePath()).toStdString();
 }
 
 /// A status may hold any bytes: the first line of a raw file is whatever stands there.
@@ -62,7 +44,7 @@ void AppDelegate::onceClosed(std::function<void()> action) {
 }
 
 void AppDelegate::OpenDialog(QObject* /*sender*/) {
-    QFileDialog* const panel = makeOpenPanel(window, tr("Open"));
+    auto* const panel = new OpenPanel(window, tr("Open"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     auto* const accessory = new QWidget(panel);
     auto* const row = new QHBoxLayout(accessory);
@@ -72,13 +54,13 @@ void AppDelegate::OpenDialog(QObject* /*sender*/) {
     row->addWidget(swapBox);
     row->addWidget(normalizeBox);
     row->addStretch();
-    setAccessoryView(panel, accessory);
+    panel->setAccessoryView(accessory);
     trace().log("Dialog initialized\n");
     connect(panel, &QDialog::finished, this, [this, panel, swapBox, normalizeBox](int result) {
         swapRaw = swapBox->isChecked();
         norm = normalizeBox->isChecked();
         if (result == QDialog::Accepted) {
-            onceClosed([this, path = panel->selectedFiles().value(0)] { openChosenFile(path); });
+            onceClosed([this, path = panel->chosenFile()] { openChosenFile(path); });
         }
     });
     panel->open();
@@ -88,8 +70,8 @@ void AppDelegate::openChosenFile(const QString& path, Level level) {
     if (work_.isBusy()) {
         return;
     }
-    work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
-    const FileUrl url(fileSystemPath(path));
+    work_.setDescription(tr("Opening %1…").arg(shownFileName(path)));
+    const FileUrl url(absoluteBytesOf(path));
     SoundChange change(*this, SoundChange::Source::File);
     const OpenResult result = openByExtension(url, swapRaw);
     if (result.cancelled) {
@@ -103,18 +85,18 @@ void AppDelegate::openChosenFile(const QString& path, Level level) {
         change.scalingFollows();
         finishOpening(url.path(), &maxval, norm);
     }
-    describeSound(path, result.status);
+    describeSound(path, result.status, result.isAudioFile && !result.loaded);
 }
 
 /// The older way in: every file is raw data, and the sound is always scaled.
 void AppDelegate::classicOpenDialog(QObject* /*sender*/) {
-    const std::unique_ptr<QFileDialog> panel(makeOpenPanel(window, tr("Open as Raw Data")));
+    const auto panel = std::make_unique<OpenPanel>(window, tr("Open as Raw Data"));
     auto* const swapBox = new QCheckBox(tr("Swap Bytes"), panel.get());
-    setAccessoryView(panel.get(), swapBox);
+    panel->setAccessoryView(swapBox);
     const int result = panel->exec();
     if (result == QDialog::Accepted) {
         swapRaw = swapBox->isChecked();
-        openChosenRawFile(panel->selectedFiles().value(0));
+        openChosenRawFile(panel->chosenFile());
     }
 }
 
@@ -122,8 +104,8 @@ void AppDelegate::openChosenRawFile(const QString& path) {
     if (work_.isBusy()) {
         return;
     }
-    work_.setDescription(tr("Opening %1…").arg(QFileInfo(path).fileName()));
-    const std::string file = fileSystemPath(path);
+    work_.setDescription(tr("Opening %1…").arg(shownFileName(path)));
+    const std::string file = absoluteBytesOf(path);
     SoundChange change(*this, SoundChange::Source::File);
     const char* const status = openFile(file.c_str(), swapRaw);
     if (status == kReadingCancelled) {
@@ -134,7 +116,7 @@ void AppDelegate::openChosenRawFile(const QString& path) {
     trace().log(string);
     change.scalingFollows();
     finishOpening(file, &maxval, true);
-    describeSound(path, string);
+    describeSound(path, string, false);
 }
 
 void AppDelegate::openFileNamed(const QString& path) {
@@ -166,7 +148,7 @@ void AppDelegate::saveHeld(const QString& path, const HeldSound& sound) {
     }
     const QString name = QFileInfo(path).fileName();
     work_.setDescription(tr("Saving %1…").arg(name));
-    const bool saved = saveHeldSound(FileUrl(fileSystemPath(path)), sound);
+    const bool saved = saveHeldSound(FileUrl(absoluteBytesOf(path)), sound);
     trace().log(platform::format("%uc", saved ? 1U : 0U));
     trace().log("no_err"); // whatever the result
     if (saved) {
@@ -175,11 +157,12 @@ void AppDelegate::saveHeld(const QString& path, const HeldSound& sound) {
     showResult(saved ? tr("Saved as %1").arg(name) : tr("%1 was not saved").arg(name));
 }
 
-void AppDelegate::describeSound(const QString& path, const std::string& status) {
-    const QString name = QFileInfo(path).fileName();
-    if (status == "KO") { // the sound that is described is still there
+/// The first line of a raw file may read like a refusal.
+void AppDelegate::describeSound(const QString& path, const std::string& status, bool isRefused) {
+    const QString name = shownFileName(path);
+    if (isRefused) { // the sound that is described is still there
         showResult(tr("%1 (%2)").arg("KO", name));
-        explainRefusal(path, fileSystemPath(path));
+        explainRefusal(path, absoluteBytesOf(path));
         return;
     }
     soundName_->setText(fBuffersize.load() > 0 ? name : tr("No sound"));

@@ -1,15 +1,18 @@
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
+#include <filesystem>
+#include <system_error>
 
 #include "app/AppDelegate.h"
 #include "app/Languages.h"
 #include "files/SoundLoader.h"
 #include "interchange/Export.h"
 #include "interchange/Import.h"
+#include "interface/FileNames.h"
+#include "interface/OpenPanel.h"
 #include "interface/SavePanel.h"
 #include "playback/SharedState.h"
 
@@ -17,7 +20,7 @@ namespace zemo {
 namespace {
 
 FileUrl urlOf(const QString& path) {
-    return FileUrl(QFile::encodeName(QFileInfo(path).absoluteFilePath()).toStdString());
+    return FileUrl(absoluteBytesOf(path));
 }
 
 bool isOpenedByExtension(const QString& path) {
@@ -32,10 +35,8 @@ bool isExactExport(const QString& path) {
 } // namespace
 
 void AppDelegate::ImportDialog(QObject* /*sender*/) {
-    auto* const panel = new QFileDialog(window, tr("Import Audio"));
+    auto* const panel = new OpenPanel(window, tr("Import Audio"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setOption(QFileDialog::DontUseNativeDialog);
-    panel->setFileMode(QFileDialog::ExistingFile);
     panel->setLabelText(QFileDialog::Accept, tr("Import"));
     connect(panel, &QFileDialog::fileSelected, this,
             [this](const QString& path) { onceClosed([this, path] { importFile(path); }); });
@@ -46,7 +47,7 @@ void AppDelegate::importFile(const QString& path) {
     if (work_.isBusy()) {
         return;
     }
-    const QString name = QFileInfo(path).fileName();
+    const QString name = shownFileName(path);
     work_.setDescription(tr("Importing %1…").arg(name));
     const SoundChange change(*this, SoundChange::Source::File);
     const auto imported = importSound(urlOf(path));
@@ -110,8 +111,9 @@ void AppDelegate::openAnyFile(const QString& path) {
     if (work_.isBusy()) {
         return;
     }
-    if (!QFileInfo(path).isFile()) {
-        showResult(tr("%1 is not a file").arg(QFileInfo(path).fileName()));
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(bytesOfPath(path), ignored)) {
+        showResult(tr("%1 is not a file").arg(shownFileName(path)));
     } else if (isOpenedByExtension(path)) {
         openFileNamed(path);
     } else if (isImportable(path)) {
@@ -123,7 +125,7 @@ void AppDelegate::openAnyFile(const QString& path) {
 
 bool AppDelegate::isImportable(const QString& path) {
     bool isKnown = false;
-    work_.setDescription(tr("Looking at %1…").arg(QFileInfo(path).fileName()));
+    work_.setDescription(tr("Looking at %1…").arg(shownFileName(path)));
     const bool done =
         platform::runLongWork([&] { isKnown = isKnownSoundFile(urlOf(path).path()); });
     return done && isKnown;
@@ -135,7 +137,7 @@ void AppDelegate::offerRawData(const QString& path) {
     box->setIcon(QMessageBox::Question);
     box->setWindowTitle(tr("Open as Raw Data"));
     box->setTextFormat(Qt::PlainText);
-    box->setText(tr("%1 is no sound file that ZEMO knows.").arg(QFileInfo(path).fileName()));
+    box->setText(tr("%1 is no sound file that ZEMO knows.").arg(shownFileName(path)));
     box->setInformativeText(
         tr("It can be opened as raw data: every four bytes of it are one sample then."));
     QPushButton* const open = box->addButton(tr("Open as Raw Data"), QMessageBox::AcceptRole);

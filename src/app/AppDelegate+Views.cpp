@@ -5,6 +5,7 @@
 #include "app/AppDelegate.h"
 #include "app/Languages.h"
 #include "files/RefusalReason.h"
+#include "interface/FileNames.h"
 #include "interface/SoundRuler.h"
 #include "playback/SharedState.h"
 
@@ -125,7 +126,7 @@ void AppDelegate::announce() {
 void AppDelegate::explainRefusal(const QString& path, const std::string& file) {
     using Kind = RefusalReason::Kind;
     const RefusalReason reason = refusalReason(FileUrl(file));
-    const QString name = QFileInfo(path).fileName();
+    const QString name = shownFileName(path);
     const auto hertz = [](double rate) { return QString::number(rate, 'g', 10); };
     switch (reason.kind) {
     case Kind::None:

@@ -31,6 +31,7 @@ constexpr const char* kPatterns[] = {
     QT_TRANSLATE_NOOP("core", "The AIFF file has no common chunk."),
     QT_TRANSLATE_NOOP("core", "The AIFF file has no sound data."),
     QT_TRANSLATE_NOOP("core", "The AIFF file's common chunk is wrong."),
+    QT_TRANSLATE_NOOP("core", "The AIFF-C file's compression is not known."),
     QT_TRANSLATE_NOOP("core", "The file is neither CAF nor AIFF."),
     QT_TRANSLATE_NOOP("core", "Raw data file: No text"),
     // interchange

@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QLocale>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -9,6 +10,7 @@
 #include "app/Languages.h"
 #include "app/QtAlert.h"
 #include "app/QuitOnSignal.h"
+#include "interface/FileNames.h"
 #include "meter/GlPreparation.h"
 #include "platform/Services.h"
 #include "platform_linux/CallThread.h"
@@ -38,7 +40,9 @@ QIcon windowIcon() {
     return icon;
 }
 
-int runWindow(QApplication& application) {
+/// `words`: the command line, without what Qt has taken from it. Qt's own copy of it has lost what
+/// is not UTF-8.
+int runWindow(const QApplication& application, char** words) {
     const zemo::GlPreparation openGl;
     zemo::platform::LinuxAudioOutput output;
     zemo::platform::SteadyClock clock;
@@ -75,7 +79,7 @@ int runWindow(QApplication& application) {
         delegate.keepRescueCopies(*root);
     }
     if (application.arguments().size() > 1) {
-        delegate.openAnyFile(application.arguments().at(1));
+        delegate.openAnyFile(zemo::pathFromBytes(words[1]));
     }
     // A window that was closed meanwhile would end an event loop that does not run yet.
     const int status = delegate.window->isVisible() ? QApplication::exec() : EXIT_SUCCESS;
@@ -87,6 +91,8 @@ int runWindow(QApplication& application) {
 } // namespace
 
 int main(int argc, char** argv) {
+    // A pipe that nobody reads any more, of the trace or of a save, is an error and not the end.
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     const bool help = argc > 1 && std::strcmp(argv[1], "--help") == 0;
     const bool version = argc > 1 && std::strcmp(argv[1], "--version") == 0;
     if (help || version) {
@@ -104,5 +110,5 @@ int main(int argc, char** argv) {
     QApplication::setWindowIcon(windowIcon());
     zemo::Languages languages;
     languages.install(zemo::Languages::choose(QLocale().uiLanguages()));
-    return zemo::platform::leaveHungCallsBehind(runWindow(application));
+    return zemo::platform::leaveHungCallsBehind(runWindow(application, argv));
 }

@@ -1,6 +1,7 @@
 #include "batch/BatchProgram.h"
 
 #include <algorithm>
+#include <system_error>
 
 #include "batch/StepRunner.h"
 #include "files/AudioFile.h"
@@ -36,14 +37,15 @@ struct HeaderRate {
     using Rate = std::optional<double>;
 
     Rate operator()(const OpenStep& step) const {
-        if (!isAudioFileExtension(FileUrl(step.file).pathExtension())) {
+        const FileUrl url = inputUrl(step.file, step.as);
+        if (!isAudioFileExtension(url.pathExtension())) {
             return std::nullopt;
         }
-        const auto file = AudioFile::open(step.file);
+        const auto file = AudioFile::open(url.path());
         return file ? file.value().dataFormat().mSampleRate : 0.0;
     }
     Rate operator()(const ImportStep& step) const {
-        const auto file = describeSoundFile(step.file);
+        const auto file = describeSoundFile(inputUrl(step.file).path());
         return file ? file.value().rate : 0.0;
     }
     template <typename Other> Rate operator()(const Other& /*step*/) const { return std::nullopt; }
@@ -70,7 +72,17 @@ int runSteps(const CommandLine& line) {
     return done ? kDone : kStepFailed;
 }
 
-int runCommandLine(const std::vector<std::string>& words) {
+/// Help, or the version.
+int printAnswer(const std::string& text) {
+    const int error = platform::services().trace->printResult(text);
+    if (error != 0) {
+        complain(
+            {"Standard output cannot be written: ", std::generic_category().message(error), "."});
+    }
+    return error == 0 ? kDone : kStepFailed;
+}
+
+int runCommandLine(const std::vector<std::string>& words, platform::SystemTrace& trace) {
     std::string complaint;
     const auto line = parseCommandLine(words, complaint);
     if (!line) {
@@ -78,8 +90,10 @@ int runCommandLine(const std::vector<std::string>& words) {
         return kWrongCommandLine;
     }
     if (line->help || line->version) {
-        platform::services().trace->print(line->help ? usage() : "zemo-batch " ZEMO_VERSION "\n");
-        return kDone;
+        return printAnswer(line->help ? usage() : "zemo-batch " ZEMO_VERSION "\n");
+    }
+    if (writesToStandardOutput(line->steps)) {
+        trace.leaveStandardOutput();
     }
     for (const std::string& notice : line->notices) {
         complain({notice});
@@ -92,7 +106,7 @@ int runCommandLine(const std::vector<std::string>& words) {
 int runBatch(std::span<char* const> words) {
     platform::SteadyClock clock;
     platform::PosixFileOperations fileOperations;
-    platform::PosixFileSystem fileSystem;
+    platform::PosixFileSystem fileSystem(platform::Streams::Read);
     platform::KernelVersion systemVersion;
     platform::LinuxMemory memory;
     platform::ThreadWorkers workers;
@@ -109,7 +123,7 @@ int runBatch(std::span<char* const> words) {
                             .workers = &workers};
     return platform::unlessOutOfMemory(
         [&] {
-            return runCommandLine({words.begin(), words.end()});
+            return runCommandLine({words.begin(), words.end()}, trace);
         },
         [] {
             complain({"There is not enough memory for this command line."});

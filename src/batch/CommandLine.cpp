@@ -1,5 +1,9 @@
 #include "batch/CommandLine.h"
 
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <iterator>
 #include <map>
 
 #include "TransformationSteps.h"
@@ -22,6 +26,22 @@ bool takeFile(Words& words, const char* step, std::string& file) {
     return !file.empty();
 }
 
+/// The kind of file that is said where the name does not say it.
+bool takeKind(Words& words, const char* step, std::initializer_list<const char*> kinds,
+              std::string& kind) {
+    const auto said = words.takeValueOf("as");
+    if (!said) {
+        return true;
+    }
+    kind = *said;
+    const bool known = std::find(kinds.begin(), kinds.end(), kind) != kinds.end();
+    if (!known) {
+        words.complaint =
+            std::string(step) + ": as is " + *kinds.begin() + " or " + *std::rbegin(kinds) + ".";
+    }
+    return known;
+}
+
 StepOrNothing parseOpen(Words& words) {
     OpenStep step;
     if (!takeFile(words, "open", step.file)) {
@@ -29,20 +49,31 @@ StepOrNothing parseOpen(Words& words) {
     }
     step.swap = words.takeIf("swap");
     step.normalize = words.takeIf("normalize");
+    return takeKind(words, "open", {"caf", "aif"}, step.as) ? StepOrNothing(step) : std::nullopt;
+}
+
+/// What is saved and exported alike: a file of a kind that its name or the command line says.
+template <typename SavingStep>
+StepOrNothing parseSaving(Words& words, const char* name, std::initializer_list<const char*> kinds,
+                          bool (*isExtension)(const std::string&), const char* extensions) {
+    SavingStep step;
+    if (!takeFile(words, name, step.file) || !takeKind(words, name, kinds, step.as)) {
+        return std::nullopt;
+    }
+    if (step.as.empty() && step.file == kStandardStream) {
+        step.as = *kinds.begin();
+    }
+    if (!isExtension(FileUrl(step.file, step.as).pathExtension())) {
+        words.complaint = std::string(name) + " " + step.file + ": the file's name must end in " +
+                          extensions + ".";
+        return std::nullopt;
+    }
     return step;
 }
 
 StepOrNothing parseSave(Words& words) {
-    SaveStep step;
-    if (!takeFile(words, "save", step.file)) {
-        return std::nullopt;
-    }
-    if (!isSavedExtension(FileUrl(step.file).pathExtension())) {
-        words.complaint =
-            "save " + step.file + ": the file's name must end in .caf, .CAF, .aif or .AIF.";
-        return std::nullopt;
-    }
-    return step;
+    return parseSaving<SaveStep>(words, "save", {"caf", "aif"}, isSavedExtension,
+                                 ".caf, .CAF, .aif or .AIF");
 }
 
 StepOrNothing parseImport(Words& words) {
@@ -51,16 +82,8 @@ StepOrNothing parseImport(Words& words) {
 }
 
 StepOrNothing parseExport(Words& words) {
-    ExportStep step;
-    if (!takeFile(words, "export", step.file)) {
-        return std::nullopt;
-    }
-    if (!isExportedExtension(FileUrl(step.file).pathExtension())) {
-        words.complaint =
-            "export " + step.file + ": the file's name must end in .wav, .WAV, .flac or .FLAC.";
-        return std::nullopt;
-    }
-    return step;
+    return parseSaving<ExportStep>(words, "export", {"wav", "flac"}, isExportedExtension,
+                                   ".wav, .WAV, .flac or .FLAC");
 }
 
 StepOrNothing parseDump(Words& words) {
@@ -154,7 +177,28 @@ bool parseSteps(Words& words, std::vector<Step>& steps) {
     return !steps.empty();
 }
 
+bool isStandardOutput(const std::string& file) {
+    constexpr std::array kNames{kStandardStream, "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"};
+    return std::find(kNames.begin(), kNames.end(), file) != kNames.end();
+}
+
+/// Whether the step writes a file there.
+struct WritesToStandardOutput {
+    bool operator()(const SaveStep& step) const { return isStandardOutput(step.file); }
+    bool operator()(const ExportStep& step) const { return isStandardOutput(step.file); }
+    bool operator()(const DumpStep& step) const { return isStandardOutput(step.file); }
+    bool operator()(const RenderStep& step) const {
+        return isStandardOutput(step.file) || isStandardOutput(step.levels);
+    }
+    template <typename Other> bool operator()(const Other& /*step*/) const { return false; }
+};
+
 } // namespace
+
+bool writesToStandardOutput(const std::vector<Step>& steps) {
+    return std::any_of(steps.begin(), steps.end(),
+                       [](const Step& step) { return std::visit(WritesToStandardOutput{}, step); });
+}
 
 std::optional<CommandLine> parseCommandLine(const std::vector<std::string>& arguments,
                                             std::string& complaint) {
@@ -177,7 +221,8 @@ std::optional<CommandLine> parseCommandLine(const std::vector<std::string>& argu
 
 std::string usage() {
     return R"(zemo-batch [--rate HZ] STEP...
-  open FILE [swap] [normalize]  read a sound, as the window's open panel does
+  open FILE [swap] [normalize] [as=caf|aif]
+                                read a sound, as the window's open panel does
   resample RATIO                change its number of samples, the rate as it is
   am FREQ INDEX                 modulate its amplitude by a sine
   ssb-lower FREQ INDEX          shift it below a carrier
@@ -187,16 +232,19 @@ std::string usage() {
      [scale=on|off] [knee=K] [comp=C]
                                 add even harmonics to it
   revert                        exchange the sound and the copy of the last one
-  save FILE                     write it as FILE: .caf .CAF .aif .AIF
+  save FILE [as=caf|aif]        write it as FILE: .caf .CAF .aif .AIF
   import FILE                   read a sound file of any known kind, converted to
                                 one channel at the output's rate
-  export FILE                   write it for other programs: .wav .WAV .flac .FLAC
+  export FILE [as=wav|flac]     write it for other programs: .wav .WAV .flac .FLAC
   dump FILE                     write its samples alone, little-endian floats
   render FILE [frames=N] [rms=on|off] [levels=FILE]
                                 write what one press of Play delivers, as a CAF
   play                          play it through the default output to its end
   info                          print what is known of it
 zemo-batch --help | --version
+
+FILE may be -, which is standard input or standard output. as= says what kind of
+file it is, where its name does not; without it save - writes CAF, export - WAV.
 
 Steps run in order on the one sound. --rate is the rate of the output that is
 not there: by default that of the first audio file opened or file imported,

@@ -78,6 +78,15 @@ std::string absolutePath(const std::string& file) {
     return error ? file : path.string();
 }
 
+/// The place of a file that a step writes.
+std::string outputPath(const std::string& file) {
+    return file == kStandardStream ? "/dev/stdout" : absolutePath(file);
+}
+
+std::string reasonFor(int error) {
+    return std::generic_category().message(error) + ".";
+}
+
 std::span<const float> sound() {
     return {fBuffer.load(), static_cast<std::size_t>(fBuffersize.load())};
 }
@@ -85,8 +94,7 @@ std::span<const float> sound() {
 /// True when the file was written; otherwise the reason was said.
 bool written(const WriteOutcome& outcome) {
     if (!outcome.done()) {
-        const int error = outcome.createError + outcome.writeError + outcome.closeError;
-        complainOfStep({std::generic_category().message(error), "."});
+        complainOfStep({reasonFor(outcome.createError + outcome.writeError + outcome.closeError)});
     }
     return outcome.done();
 }
@@ -116,14 +124,23 @@ private:
     const char* end_ = nullptr;
 };
 
+/// True when all of it was printed; otherwise that was said.
+bool printResult(std::initializer_list<std::string_view> parts) {
+    for (const std::string_view part : parts) {
+        if (const int error = trace().printResult(part)) {
+            complainOfStep({"the result cannot be printed: ", reasonFor(error)});
+            return false;
+        }
+    }
+    return true;
+}
+
 /// The sound is new by then, so that this must not ask for memory.
-void printSource(const SoundFileDescription& source) {
+bool printSource(const SoundFileDescription& source) {
     const Digits channels(source.channels);
     const Digits rate(source.rate);
-    for (const std::string_view part : std::initializer_list<std::string_view>{
-             "imported ", source.format, "\nchannels ", channels, "\nrate ", rate, "\n"}) {
-        trace().print(part);
-    }
+    return printResult(
+        {"imported ", source.format, "\nchannels ", channels, "\nrate ", rate, "\n"});
 }
 
 bool writeLevels(const std::string& file, const std::vector<float>& levels) {
@@ -132,7 +149,7 @@ bool writeLevels(const std::string& file, const std::vector<float>& levels) {
         text += format("%.9g\n", static_cast<double>(level));
     }
     underWay = {"render levels", file};
-    return written(writeAtomically(absolutePath(file), {}, std::as_bytes(std::span(text))));
+    return written(writeAtomically(outputPath(file), {}, std::as_bytes(std::span(text))));
 }
 
 struct Statistics {
@@ -159,6 +176,10 @@ Statistics measure(std::span<const float> samples) {
 }
 
 } // namespace
+
+FileUrl inputUrl(const std::string& file, const std::string& as) {
+    return FileUrl(file == kStandardStream ? "/dev/stdin" : absolutePath(file), as);
+}
 
 void complain(std::initializer_list<std::string_view> parts) {
     trace().printError("zemo-batch: ");
@@ -194,7 +215,7 @@ bool StepRunner::run(const Step& step) {
 
 bool StepRunner::operator()(const OpenStep& step) {
     underWay = {"open", step.file};
-    const FileUrl url(absolutePath(step.file));
+    const FileUrl url = inputUrl(step.file, step.as);
     const OpenResult result = openByExtension(url, step.swap);
     float peak = 0.0F;
     const bool finished = finishOpening(url.path(), &peak, step.normalize);
@@ -258,7 +279,7 @@ bool StepRunner::operator()(const SaveStep& step) {
     if (!hasSound()) {
         return false;
     }
-    const bool saved = saveSound(FileUrl(absolutePath(step.file)));
+    const bool saved = saveSound(FileUrl(outputPath(step.file), step.as));
     if (!saved) {
         complainOfStep({"the file was not saved."});
     }
@@ -267,16 +288,16 @@ bool StepRunner::operator()(const SaveStep& step) {
 
 bool StepRunner::operator()(const ImportStep& step) {
     underWay = {"import", step.file};
-    const auto result = importSound(FileUrl(absolutePath(step.file)));
+    const auto result = importSound(inputUrl(step.file));
     if (!result) {
         complainOfStep({result.error().sentence});
         return false;
     }
-    printSource(result.value().source);
+    const bool printed = printSource(result.value().source);
     if (result.value().incomplete) {
         complainOfStep({"the file is cut off or damaged; what could be read was imported."});
     }
-    return true;
+    return printed;
 }
 
 bool StepRunner::operator()(const ExportStep& step) {
@@ -284,7 +305,7 @@ bool StepRunner::operator()(const ExportStep& step) {
     if (!hasSound()) {
         return false;
     }
-    const auto result = exportSound(FileUrl(absolutePath(step.file)));
+    const auto result = exportSound(FileUrl(outputPath(step.file), step.as));
     if (!result) {
         complainOfStep({result.error().sentence});
         return false;
@@ -298,7 +319,7 @@ bool StepRunner::operator()(const ExportStep& step) {
 
 bool StepRunner::operator()(const DumpStep& step) {
     underWay = {"dump", step.file};
-    return written(writeAtomically(absolutePath(step.file), {}, std::as_bytes(sound())));
+    return written(writeAtomically(outputPath(step.file), {}, std::as_bytes(sound())));
 }
 
 bool StepRunner::operator()(const RenderStep& step) {
@@ -319,7 +340,7 @@ bool StepRunner::operator()(const RenderStep& step) {
         levels.push_back(value.load());
     }
     const auto bytes = std::as_bytes(std::span(rendered));
-    return written(writeAtomically(absolutePath(step.file), cafHeader(streamFormat, bytes.size()),
+    return written(writeAtomically(outputPath(step.file), cafHeader(streamFormat, bytes.size()),
                                    bytes)) &&
            (step.levels.empty() || writeLevels(step.levels, levels));
 }
@@ -352,11 +373,10 @@ bool StepRunner::operator()(const InfoStep& /*step*/) {
     underWay = {"info", {}};
     const Statistics found = measure(sound());
     const std::int64_t count = fBuffersize.load();
-    trace().print(format("samples %ld\nseconds %.6f\npeak %.9g\nrms %.9g\nnon-finite %ld\n"
-                         "revert %ld\n",
-                         count, static_cast<double>(count) / R, found.peak, found.rms,
-                         found.nonFinite, undo_.bufsize));
-    return true;
+    return printResult({format("samples %ld\nseconds %.6f\npeak %.9g\nrms %.9g\nnon-finite %ld\n"
+                               "revert %ld\n",
+                               count, static_cast<double>(count) / R, found.peak, found.rms,
+                               found.nonFinite, undo_.bufsize)});
 }
 
 } // namespace zemo::batch

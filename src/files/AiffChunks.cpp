@@ -41,12 +41,17 @@ constexpr std::array kCompressions{
     Compression{fourCharCode("MAC6"), Coding::Other, 0, 1, 6},
 };
 
-/// A type that is not in the table has packets of unknown size, so none can be counted.
-Compression compressionOf(std::uint32_t type) {
+/// Null for a type that is not in the table.
+const Compression* find(std::uint32_t type) {
     const auto* const found =
         std::find_if(kCompressions.begin(), kCompressions.end(),
                      [type](const Compression& one) { return one.type == type; });
-    return found != kCompressions.end() ? *found : Compression{type, Coding::Other, 0, 0, 0};
+    return found != kCompressions.end() ? found : nullptr;
+}
+
+Compression compressionOf(std::uint32_t type) {
+    const Compression* const found = find(type);
+    return found != nullptr ? *found : Compression{type, Coding::Other, 0, 0, 0};
 }
 
 bool isFloat(Coding coding) {
@@ -117,6 +122,10 @@ void Common::write(ByteWriter& out) const {
     out.extended80(sampleRate);
     out.u32(compressionType);
     out.u16(0); // a Pascal string of no characters and its pad byte
+}
+
+bool Common::isCompressionKnown() const noexcept {
+    return find(compressionType) != nullptr;
 }
 
 bool Common::isPlausible() const noexcept {

@@ -163,6 +163,10 @@ Result<ContainerDescription> describeAiff(FileStream& stream, bool compressed) {
     if (!contents.common) {
         return malformed(stream.size(), "The AIFF file has no common chunk.");
     }
+    if (!contents.common->isCompressionKnown()) {
+        return Error{ErrorCategory::NotSupported, std::nullopt,
+                     "The AIFF-C file's compression is not known."};
+    }
     if (!contents.data && contents.common->numSampleFrames > 0) {
         return malformed(stream.size(), "The AIFF file has no sound data.");
     }

@@ -39,6 +39,9 @@ std::string FileUrl::lastPathComponent() const {
 }
 
 std::string FileUrl::pathExtension() const {
+    if (!extension_.empty()) {
+        return extension_;
+    }
     const std::string name = fileName(path_);
     const std::size_t dot = name.rfind('.');
     return dot == std::string::npos || dot == 0 ? std::string() : name.substr(dot + 1);

@@ -143,7 +143,9 @@ public:
 
 private:
     int write() {
-        int error = file_.create(path_);
+        // libsndfile goes back to complete the head of a FLAC file.
+        int error =
+            file_.create(path_, flac_ ? AtomicFile::Order::Any : AtomicFile::Order::Sequential);
         if (error == 0) {
             error = flac_ ? writeFlac(file_, rate_, samples_, exported_.clipped)
                           : writeWav(file_, rate_, samples_);

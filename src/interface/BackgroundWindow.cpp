@@ -6,14 +6,17 @@
 #include <QPainter>
 #include <QUrl>
 
+#include "interface/FileNames.h"
+
 namespace zemo {
 namespace {
 
-/// The first file of this computer among what is dragged; empty when there is none.
+/// The first file of this computer among what is dragged, as pathFromBytes makes it; empty when
+/// there is none. From the URL's escapes: Qt's own path has lost what is not UTF-8.
 QString fileAmong(const QMimeData* dragged) {
     for (const QUrl& url : dragged->urls()) {
         if (url.isLocalFile()) {
-            return url.toLocalFile();
+            return pathFromBytes(unescapedName(url.path(QUrl::FullyEncoded)));
         }
     }
     return {};

@@ -35,6 +35,13 @@ def batch(*words, folder=None):
                           capture_output=True, check=False)
 
 
+def run_in_shell(commands, folder):
+    """With the program among those that the shell finds."""
+    environment = os.environ | {"PATH": f"{pathlib.Path(BATCH).parent}:{os.environ['PATH']}"}
+    return subprocess.run(["bash", "-e", "-o", "pipefail", "-c", commands], cwd=folder, text=True,
+                          errors="replace", env=environment, capture_output=True, check=False)
+
+
 def are_known(command):
     """Whether the program has these steps already: import and export may come later."""
     return set(shlex.split(command)) & {"import", "export"} <= set(
@@ -60,8 +67,7 @@ class TheDocuments(unittest.TestCase):
                         if line.startswith("zemo-batch") and are_known(line)]
             self.assertGreaterEqual(len(commands), 6)
             for command in commands:
-                words = shlex.split(command)[1:]
-                self.assertEqual(batch(*words, folder=place).returncode, 0, command)
+                self.assertEqual(run_in_shell(command, place).returncode, 0, command)
 
     def test_show_commands_of_the_project_that_are_there(self):
         for document in DOCUMENTS:
@@ -161,12 +167,10 @@ class TheManual(unittest.TestCase):
         return list(self.dumped("--rate", str(rate), "open", str(path), *words))
 
     def test_says_what_its_commands_print(self):
-        environment = os.environ | {"PATH": f"{pathlib.Path(BATCH).parent}:{os.environ['PATH']}"}
         blocks = re.findall(r"```sh\n(.*?)```\n(?:```text\n(.*?)```)?", self.manual, re.S)
         answered = 0
         for commands, answer in filter(lambda block: are_known(block[0]), blocks):
-            result = subprocess.run(["bash", "-e", "-c", commands], cwd=self.folder, text=True,
-                                    env=environment, capture_output=True, check=False)
+            result = run_in_shell(commands, self.folder)
             self.assertEqual(result.returncode, 0, commands)
             said = result.stdout.splitlines() + result.stderr.splitlines()
             for line in answer.splitlines():

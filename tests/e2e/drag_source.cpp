@@ -14,7 +14,8 @@ namespace {
 
 class DragSource : public QLabel {
 public:
-    explicit DragSource(const QString& file) : QLabel("Drag me"), file_(file) {
+    /// The path's own bytes, which need not be UTF-8.
+    explicit DragSource(const QByteArray& file) : QLabel("Drag me"), file_(file) {
         setWindowTitle("Drag source");
         setAlignment(Qt::AlignCenter);
         setFixedSize(160, 80);
@@ -23,7 +24,7 @@ public:
 protected:
     void mousePressEvent(QMouseEvent* /*event*/) override {
         auto* const dragged = new QMimeData;
-        dragged->setUrls({QUrl::fromLocalFile(file_)});
+        dragged->setUrls({QUrl::fromEncoded("file://" + file_.toPercentEncoding("/"))});
         auto* const drag = new QDrag(this);
         drag->setMimeData(dragged);
         connect(drag, &QDrag::actionChanged, [](Qt::DropAction action) {
@@ -36,14 +37,14 @@ protected:
     }
 
 private:
-    QString file_;
+    QByteArray file_;
 };
 
 } // namespace
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
-    DragSource source(application.arguments().value(1));
+    DragSource source(argc > 1 ? argv[1] : "");
     source.show();
     return QApplication::exec();
 }

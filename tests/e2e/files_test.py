@@ -1,9 +1,13 @@
 """What the two open panels do with files of all kinds."""
 
+import os
+
 import numpy
 
 import audio
 import case
+from servers import wait_for
+from window import press_keys
 
 setUpModule = case.start_desktop
 
@@ -89,6 +93,44 @@ class Files(case.SoundCase):
         self.window.open_raw(path, boxes=["Swap Bytes"])
         self.window.wait_for_label("noise.f32")
         self.assert_plays_whole(audio.normalized(samples))
+
+    def odd_file(self):
+        """A sound whose name is Latin-1, as old systems have left it, and how the window shows it."""
+        samples = self.noise(SECONDS)
+        path = audio.write_caf(self.path(os.fsdecode(b"caf\xe9.caf")), self.rate, samples)
+        return path, "caf\ufffd.caf", samples
+
+    def test_a_name_that_is_not_utf8_opens_from_the_command_line(self):
+        path, shown, samples = self.odd_file()
+        self.launch(path)
+        self.window.wait_for_label(shown)
+        self.assert_plays_whole(samples)
+
+    def test_a_name_that_is_not_utf8_is_chosen_below_the_list_of_the_panel(self):
+        path, shown, samples = self.odd_file()
+        self.launch()
+        self.window.choose("Open…")
+        panel = self.window.dialog("Open")
+        field = self.window.find("text", "File name:", panel)
+        field.write(str(path.parent))
+        wait_for(lambda: field.text() == str(path.parent), "the folder stands in the panel")
+        self.window.find("push button", "Open", panel).press()
+        self.window.find("label", "Names that are not UTF-8:", panel)
+        names = self.window.find("combo box", "Choose…", panel)
+        names.click()
+        press_keys("Down", "Return")
+        wait_for(lambda: field.text() == "caf%E9.caf", "the name stands in the panel")
+        self.window.find("push button", "Open", panel).press()
+        self.window.wait_until_closed("Open")
+        self.window.wait_for_label(shown)
+        self.assert_plays_whole(samples)
+
+    def test_a_name_that_is_not_utf8_may_be_typed(self):
+        path, shown, samples = self.odd_file()
+        self.launch()
+        self.window.open(f"{path.parent}/caf%E9.caf")
+        self.window.wait_for_label(shown)
+        self.assert_plays_whole(samples)
 
     def test_a_caf_opened_as_raw_data_has_its_header_in_the_sound(self):
         path = audio.write_caf(self.path("noise.caf"), self.rate, self.noise(SECONDS))

@@ -145,6 +145,20 @@ class Interchange(case.SoundCase):
         self.window.wait_for_label("dropped.caf")
         self.assert_plays_whole(samples)
 
+    def test_a_dropped_file_whose_name_is_not_utf8_opens_too(self):
+        samples = self.noise(0.5)
+        self.launch()
+        self.drag(audio.write_caf(self.path(os.fsdecode(b"caf\xe9 100%.caf")), self.rate, samples))
+        self.window.wait_for_label("caf\ufffd 100%.caf")
+        self.assert_plays_whole(samples)
+
+    def test_a_file_whose_name_is_not_utf8_is_imported(self):
+        self.stereo("tone.wav").rename(self.path(os.fsdecode(b"t\xf6n.wav")))
+        self.launch()
+        self.import_file(self.path("t%F6n.wav"))
+        self.window.wait_for_label("t\ufffdn.wav")
+        self.wait_for_result("Imported: ")
+
     def test_a_dropped_file_of_another_kind_is_imported(self):
         self.launch()
         self.drag(self.stereo("dropped.wav"))

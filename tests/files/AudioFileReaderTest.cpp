@@ -276,6 +276,23 @@ TEST_F(OpenSoundFile, ARateThatIsNoNumberNeverMatches) {
     EXPECT_EQ(open("/a.caf", cafFile({.rate = R}, littleFloats(kThree))), "KO");
 }
 
+/// It reports no format, so that no check holds: not one of them alone either, which would be an
+/// odd number.
+TEST_F(OpenSoundFile, AnUnknownCompressionIsRefusedWhateverElseTheHeaderSays) {
+    loadSound(kOld);
+    for (const auto channels : std::initializer_list<std::uint16_t>{1, 2}) {
+        for (const double rate : {44100.0, 48000.0}) {
+            R = rate;
+            EXPECT_EQ(
+                open("/a.aif", aiffFile({.channels = channels, .frames = 3, .compression = "QDMC"},
+                                        littleFloats(kThree))),
+                "KO")
+                << channels << " " << rate;
+            expectOldSoundKept();
+        }
+    }
+}
+
 TEST_F(OpenSoundFile, AStereoFileIsRefusedWhenTheOtherFourChecksHold) {
     EXPECT_EQ(open("/a.caf", cafFile({.bytesPerPacket = 8, .channels = 2}, counting(16))), "KO");
 }

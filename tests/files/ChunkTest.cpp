@@ -314,6 +314,15 @@ TEST(AiffChunks, ACommonChunkIsReadAsItWasWritten) {
     EXPECT_EQ(file.reader.offset(), aiff::Common::kBytesAiffC);
 }
 
+TEST(AiffChunks, OfAnUnknownCompressionNothingIsSaidButItsName) {
+    const aiff::Common common{.numChannels = 2, .compressionType = fourCharCode("zzzz")};
+    EXPECT_FALSE(common.isCompressionKnown());
+    EXPECT_EQ(common.streamDescription().mFormatID, fourCharCode("zzzz"));
+    EXPECT_EQ(common.streamDescription().mBytesPerPacket, 0U);
+    EXPECT_EQ(common.streamDescription().mFramesPerPacket, 0U);
+    EXPECT_EQ(common.sourceBitDepth(), 0);
+}
+
 TEST(AiffChunks, ACommonChunkOfAnAiffHasNoCompression) {
     BytesToRead file(written(aiff::Common{2, 9, 24, 8000.0, fourCharCode("sowt")}));
     const auto back = aiff::Common::parse(file.reader, false);

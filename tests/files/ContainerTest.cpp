@@ -393,12 +393,13 @@ TEST(AiffContainer, EveryChannelAddsToThePacket) {
               65535 * 8U);
 }
 
-TEST(AiffContainer, PacketsOfAnUnknownCompressionCannotBeCounted) {
-    const auto found = described(aiffFile({.frames = 3, .compression = "QDMC"}, kTwelve));
-    EXPECT_EQ(found.format.mFormatID, fourCharCode("QDMC"));
-    EXPECT_EQ(found.format.mFramesPerPacket, 0U);
-    EXPECT_EQ(found.format.mBytesPerPacket, 0U);
-    EXPECT_EQ(found.packetCount, 0U);
+TEST(AiffContainer, AnUnknownCompressionIsNoFormat) {
+    for (const char* const compression : {"QDMC", "zzzz", "ULaw"}) {
+        const auto found = describe(aiffFile({.frames = 3, .compression = compression}, kTwelve));
+        ASSERT_FALSE(found) << compression;
+        EXPECT_EQ(found.error().category, platform::ErrorCategory::NotSupported);
+        EXPECT_EQ(found.error().sentence, "The AIFF-C file's compression is not known.");
+    }
 }
 
 TEST(AiffContainer, AnInfiniteRateOrNoNumberIsReportedAsItIs) {
@@ -532,14 +533,6 @@ TEST(AnyContainer, TheFirst65536ChunksAreLookedAt) {
                       "AIFC", {ofAiff, aiffCommonChunk({.frames = 3}), aiffDataChunk(kTwelve)})),
                   others == 65534);
     }
-}
-
-TEST(AiffContainer, OfACompressionThatIsNotKnownNothingIsCounted) {
-    const auto found = described(aiffFile({.frames = 3, .compression = "zzzz"}, kTwelve));
-    EXPECT_EQ(found.format.mFormatID, fourCharCode("zzzz"));
-    EXPECT_EQ(found.format.mBytesPerPacket, 0U);
-    EXPECT_EQ(found.format.mFramesPerPacket, 0U);
-    EXPECT_EQ(found.packetCount, 0U);
 }
 
 // Any content -------------------------------------------------------------------------------

@@ -53,6 +53,13 @@ TEST_F(Refusal, IntegersOf32BitsAreOfAnotherFormat) {
     EXPECT_EQ(reasonFor(cafFile({.flags = 2}, samples)).kind, Kind::Format);
 }
 
+TEST_F(Refusal, AnUnknownCompressionSaysSo) {
+    const RefusalReason reason =
+        reasonFor(aiffFile({.channels = 2, .frames = 3, .compression = "QDMC"}, samples));
+    EXPECT_EQ(reason.kind, Kind::Unreadable);
+    EXPECT_EQ(reason.sentence, "The AIFF-C file's compression is not known.");
+}
+
 TEST_F(Refusal, WhatIsNoContainerSaysWhy) {
     const RefusalReason reason = reasonFor({1, 2, 3});
     EXPECT_EQ(reason.kind, Kind::Unreadable);

@@ -62,6 +62,12 @@ class ThePackage(unittest.TestCase):
                                 check=False)
         self.assertEqual((result.returncode, result.stdout), (0, ""))
 
+    def test_is_hardened_as_debian_wants_it(self):
+        tags = [f"hardening-no-{what}" for what in ("bindnow", "fortify-functions", "pie", "relro")]
+        result = output("lintian", "--tags", ",".join(tags), "--display-info", "--pedantic",
+                        "--display-experimental", self.package)
+        self.assertEqual(result, "")
+
     def test_holds_what_belongs_to_it_and_documents(self):
         files = {str(path.relative_to(self.unpacked)) for path in self.unpacked.rglob("*")
                  if not path.is_dir()}

@@ -136,7 +136,7 @@ TEST_F(RealTimeSafety, AnAllocationInsideACallIsCounted) {
         [&] { std::free(block); },
         [&] {
             void* aligned = nullptr;
-            static_cast<void>(posix_memalign(&aligned, 64, 64));
+            [[maybe_unused]] const int result = posix_memalign(&aligned, 64, 64);
             block = aligned;
         },
         [&] { std::free(block); },
@@ -188,7 +188,9 @@ void askWithoutAFunction() {
 
 TEST_F(RealTimeSafety, ASystemCallInsideACallIsCounted) {
     constexpr CallCounts kOne{.systemCalls = 1};
-    EXPECT_EQ(countsOf([] { static_cast<void>(::write(-1, "", 0)); }), kOne);
+    const auto writing =
+        countsOf([] { [[maybe_unused]] const ssize_t result = ::write(-1, "", 0); });
+    EXPECT_EQ(writing, kOne);
     const auto mapping = countsOf([] {
         void* const page = ::mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         static_cast<void>(page); // it is kept: of one call only the first is counted

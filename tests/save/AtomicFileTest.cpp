@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include <gtest/gtest.h>
@@ -52,7 +53,34 @@ protected:
     FakePlatform platform;
 };
 
+/// A target that is a stream.
+class StreamSteps : public AtomicFileSteps {
+protected:
+    StreamSteps() {
+        platform.operations.statuses[kTarget] = {
+            .exists = true, .isStream = true, .isWritable = true};
+    }
+
+    /// Writes five bytes and then a hundred over and behind them, as a library does that goes back.
+    int writeInAnyOrder() {
+        AtomicFile file;
+        int error = file.create(kTarget, AtomicFile::Order::Any);
+        error = error != 0 ? error : file.write(zeros(5).data(), 5);
+        error = error != 0 ? error : file.write(counting(100).data(), 100);
+        error = error != 0 ? error : file.writeAt(1, counting(3).data(), 3);
+        EXPECT_TRUE(platform.operations.streamed[kTarget].empty());
+        error = error != 0 ? error : file.flush();
+        error = error != 0 ? error : file.close();
+        return error != 0 ? error : file.replaceTarget();
+    }
+
+    const Bytes& streamed() { return platform.operations.streamed[kTarget]; }
+
+    const Bytes expected = join({zeros(1), counting(3), zeros(1), counting(100)});
+};
+
 TEST_F(AtomicFileSteps, APathWithoutAFolderIsWrittenInTheCurrentOne) {
+    platform.operations.hasNamelessFiles = false;
     std::vector<std::string> names;
     platform.operations.inject = [&](const std::string& call, std::size_t) {
         if (call == "write") {
@@ -134,6 +162,72 @@ TEST_F(AtomicFileSteps, AStopAskedForAfterTheLastByteIsInTimeUntilTheFlush) {
         EXPECT_EQ(called("sync"), 0);
         EXPECT_TRUE(isAsItWas());
     }
+}
+
+// Streams -----------------------------------------------------------------------------------
+
+TEST_F(StreamSteps, BytesGoOutAsTheyCome) {
+    EXPECT_TRUE(writeAtomically(kTarget, counting(5), std::as_bytes(std::span(old))).done());
+    EXPECT_EQ(streamed(), join({counting(5), old}));
+    EXPECT_TRUE(isAsItWas());
+}
+
+TEST_F(StreamSteps, WhatIsWrittenInAnyOrderGoesOutAtTheEnd) {
+    EXPECT_EQ(writeInAnyOrder(), 0);
+    EXPECT_EQ(streamed(), expected);
+}
+
+TEST_F(StreamSteps, APipeThatNobodyReadsIsWaitedFor) {
+    platform.operations.inject = [left = 5](const std::string& call, std::size_t) mutable -> long {
+        return call == "openStream" && left-- > 0 ? -EAGAIN : 0;
+    };
+    EXPECT_EQ(writeInAnyOrder(), 0);
+    EXPECT_EQ(streamed(), expected);
+    EXPECT_EQ(called("awaitStream"), 5);
+}
+
+TEST_F(StreamSteps, AFullPipeIsWaitedFor) {
+    platform.operations.inject = [turn = 0](const std::string& call, std::size_t) mutable -> long {
+        constexpr std::array<long, 4> kAnswers{-EAGAIN, 7, -EINTR, 1};
+        return call == "write" ? kAnswers.at(static_cast<std::size_t>(turn++ % 4)) : 0;
+    };
+    EXPECT_EQ(writeInAnyOrder(), 0);
+    EXPECT_EQ(streamed(), expected);
+    EXPECT_GT(called("awaitStream"), 5);
+}
+
+TEST_F(StreamSteps, WaitingEndsWhenTheWorkIsToStop) {
+    for (const char* const call : {"openStream", "write"}) {
+        platform::Progress progress;
+        const platform::ProgressScope scope(&progress);
+        long waited = 0;
+        platform.operations.inject = [&](const std::string& made, std::size_t) -> long {
+            if (made == "awaitStream" && ++waited == 3) {
+                progress.requestStop();
+            }
+            return made == call ? -EAGAIN : 0;
+        };
+        EXPECT_TRUE(write(10).cancelled) << call;
+        EXPECT_EQ(waited, 3);
+        EXPECT_EQ(platform.operations.openDescriptors(), 0U);
+    }
+}
+
+TEST_F(StreamSteps, AFailureIsTheStreams) {
+    inject("openStream", 0, -EACCES);
+    EXPECT_EQ(write(10).createError, EACCES);
+    inject("write", 0, -EPIPE);
+    EXPECT_EQ(write(10).writeError, EPIPE);
+    inject("close", 0, -EIO);
+    EXPECT_EQ(write(10).closeError, EIO);
+    EXPECT_TRUE(isAsItWas());
+}
+
+/// Nothing waits for bytes to reach a disk that is not there.
+TEST_F(StreamSteps, ManyBlocksAreNotFlushed) {
+    ASSERT_TRUE(write(6 * kBlock + 1).done());
+    EXPECT_EQ(called("finishSync") + called("sync") + called("syncFolder"), 0);
+    EXPECT_EQ(platform.operations.begun, 0U);
 }
 
 TEST(WriteOutcomes, AFileIsDoneWhenNothingWentWrong) {

@@ -159,7 +159,22 @@ TEST_F(SaveAsAudioFile, ASoundOfManyPiecesIsSavedAsItIs) {
     }
 }
 
-TEST_F(SaveAsAudioFile, ItIsWrittenUnderAHiddenNameInTheSameFolder) {
+TEST_F(SaveAsAudioFile, ItHasNoNameUntilItIsWhole) {
+    loadSound(three);
+    platform.operations.inject = [&](const std::string& call, std::size_t) {
+        EXPECT_EQ(platform.files.files.count("/s/folder/x.caf"),
+                  call == "sync" || call == "close" || call == "syncFolder"
+                      ? platform.files.files.size()
+                      : 0U)
+            << call;
+        return 0L;
+    };
+    EXPECT_TRUE(save("/s/folder/x.caf"));
+    EXPECT_EQ(platform.files.files.size(), 1U);
+}
+
+TEST_F(SaveAsAudioFile, WithoutNamelessFilesItIsWrittenUnderAHiddenNameInTheSameFolder) {
+    platform.operations.hasNamelessFiles = false;
     loadSound(three);
     std::string temporary;
     platform.operations.inject = [&](const std::string& call, std::size_t) {
@@ -182,6 +197,21 @@ TEST_F(SaveAsAudioFile, ItIsOnTheDiskBeforeItHasItsNameAndSoIsTheNameAfterwards)
         return std::find(calls.begin(), calls.end(), call) - calls.begin();
     };
     EXPECT_LT(at("write"), at("sync"));
+    EXPECT_LT(at("sync"), at("closeDuplicate"));
+    EXPECT_LT(at("closeDuplicate"), at("link"));
+    EXPECT_LT(at("link"), at("syncFolder"));
+    EXPECT_EQ(calls.back(), "syncFolder");
+}
+
+TEST_F(SaveAsAudioFile, AHiddenFileIsOnTheDiskBeforeItIsRenamedAndSoIsItsNameAfterwards) {
+    platform.operations.hasNamelessFiles = false;
+    loadSound(three);
+    EXPECT_TRUE(save("/s/x.caf"));
+    const auto& calls = platform.operations.calls;
+    const auto at = [&](const char* call) {
+        return std::find(calls.begin(), calls.end(), call) - calls.begin();
+    };
+    EXPECT_LT(at("write"), at("sync"));
     EXPECT_LT(at("sync"), at("close"));
     EXPECT_LT(at("close"), at("rename"));
     EXPECT_LT(at("rename"), at("syncFolder"));
@@ -191,26 +221,98 @@ TEST_F(SaveAsAudioFile, ItIsOnTheDiskBeforeItHasItsNameAndSoIsTheNameAfterwards)
 TEST_F(SaveAsAudioFile, ANameThatIsTakenIsLeftAloneAndAnotherIsUsed) {
     loadSound(three);
     platform.files.files["/s/.zemo-0000000000000001"] = counting(5);
-    EXPECT_TRUE(save("/s/x.caf"));
-    EXPECT_EQ(file("/s/.zemo-0000000000000001"), counting(5));
-    EXPECT_EQ(file("/s/x.caf"), expectedCaf(withPair(wordsOf(three))));
+    platform.files.files["/s/.zemo-0000000000000003"] = counting(6);
+    for (const bool nameless : {true, false}) {
+        platform.operations.hasNamelessFiles = nameless;
+        platform.files.files["/s/x.caf"] = {};
+        EXPECT_TRUE(save("/s/x.caf"));
+        EXPECT_EQ(platform.files.files.size(), 3U);
+        EXPECT_EQ(file("/s/.zemo-0000000000000001"), counting(5));
+        EXPECT_EQ(file("/s/.zemo-0000000000000003"), counting(6));
+        EXPECT_EQ(file("/s/x.caf"), expectedCaf(withPair(wordsOf(three))));
+    }
 }
 
-TEST_F(SaveAsAudioFile, PermissionsOfTheOldFileAreGivenToTheNewOne) {
+TEST_F(SaveAsAudioFile, WhatReplacesAFileIsItsOwnersAloneUntilItHasTheOldOnesAttributes) {
     loadSound(three);
-    platform.files.files["/s/x.caf"] = {};
-    platform.operations.statuses["/s/x.caf"] = {.exists = true,
-                                                .isRegular = true,
-                                                .isWritable = true,
-                                                .mode = 0640,
-                                                .owner = 7,
-                                                .group = 8};
+    for (const bool nameless : {true, false}) {
+        platform.files.files["/s/x.caf"] = {};
+        platform.operations.hasNamelessFiles = nameless;
+        platform.operations.calls.clear();
+        EXPECT_TRUE(save("/s/x.caf"));
+        const auto& calls = platform.operations.calls;
+        const auto at = [&](const char* call) {
+            return std::find(calls.begin(), calls.end(), call) - calls.begin();
+        };
+        EXPECT_LT(at("write"), at("copyAttributes"));
+        EXPECT_LT(at("copyAttributes"), at("sync"));
+        EXPECT_EQ(std::count(calls.begin(), calls.end(), "copyAttributes"), 1);
+    }
+    EXPECT_EQ(platform.operations.created, std::vector(2, platform::NewFileAccess::OwnerOnly));
+    EXPECT_EQ(platform.operations.attributesOf, std::vector<std::string>(2, "/s/x.caf"));
+}
+
+TEST_F(SaveAsAudioFile, AFileThatReplacesNoneHasThePermissionsOfNewFiles) {
+    loadSound(three);
+    for (const bool nameless : {true, false}) {
+        platform.files.files.clear();
+        platform.operations.hasNamelessFiles = nameless;
+        EXPECT_TRUE(save("/s/x.caf"));
+    }
+    EXPECT_EQ(platform.operations.created, std::vector(2, platform::NewFileAccess::Default));
+    EXPECT_TRUE(platform.operations.attributesOf.empty());
+}
+
+TEST_F(SaveAsAudioFile, AFileThatAppearsMeanwhileIsReplacedAndItsAttributesAreKept) {
+    loadSound(three);
+    platform.operations.inject = [&](const std::string& call, std::size_t) {
+        if (call == "link") {
+            platform.files.files["/s/x.caf"] = counting(5);
+        }
+        return 0L;
+    };
     EXPECT_TRUE(save("/s/x.caf"));
-    ASSERT_EQ(platform.operations.permissions.size(), 1U);
-    const auto& given = platform.operations.permissions.begin()->second;
-    EXPECT_EQ(given.mode, 0640U);
-    EXPECT_EQ(given.owner, 7U);
-    EXPECT_EQ(given.group, 8U);
+    EXPECT_EQ(file("/s/x.caf"), expectedCaf(withPair(wordsOf(three))));
+    EXPECT_EQ(platform.operations.attributesOf, std::vector<std::string>{"/s/x.caf"});
+    EXPECT_EQ(platform.files.files.size(), 1U);
+}
+
+TEST_F(SaveAsAudioFile, AFileThatGoesMeanwhileLeavesItsPlaceToThePrivateNewOne) {
+    loadSound(three);
+    platform.files.files["/s/x.caf"] = counting(5);
+    platform.operations.inject = [&](const std::string& call, std::size_t) {
+        if (call == "write") {
+            platform.files.files.clear();
+        }
+        return 0L;
+    };
+    EXPECT_TRUE(save("/s/x.caf"));
+    EXPECT_EQ(file("/s/x.caf"), expectedCaf(withPair(wordsOf(three))));
+    EXPECT_EQ(platform.operations.created, std::vector{platform::NewFileAccess::OwnerOnly});
+    EXPECT_TRUE(platform.operations.attributesOf.empty());
+}
+
+// Streams -----------------------------------------------------------------------------------
+
+TEST_F(SaveAsAudioFile, AStreamIsWrittenToDirectly) {
+    loadSound(three);
+    for (const std::string extension : {"caf", "aif"}) {
+        const std::string path = "/s/x." + extension;
+        platform.operations.calls.clear();
+        platform.operations.statuses[path] = {.exists = true, .isStream = true, .isWritable = true};
+        EXPECT_TRUE(save(path));
+        EXPECT_EQ(platform.operations.streamed.at(path),
+                  expectedFile(extension, withPair(wordsOf(three))));
+        EXPECT_EQ(platform.operations.calls.back(), "close");
+        for (const std::string call : {"sync", "finishSync", "rename", "link", "linkOver"}) {
+            EXPECT_EQ(std::count(platform.operations.calls.begin(), platform.operations.calls.end(),
+                                 call),
+                      0)
+                << call;
+        }
+    }
+    EXPECT_TRUE(platform.files.files.empty());
+    EXPECT_EQ(platform.operations.openDescriptors(), 0U);
 }
 
 TEST_F(SaveAsAudioFile, ALinkStaysAndItsTargetIsReplaced) {

@@ -218,6 +218,15 @@ class Opening(BatchTest):
                           said(result))
             self.assertEqual(self.names(), [])
 
+    def test_an_aiff_c_of_an_unknown_compression_fails(self):
+        common = struct.pack(">hLh10s4s2x", 2, 3, 16, bytes.fromhex("400eac44000000000000"), b"QDMC")
+        chunks = b"COMM" + struct.pack(">L", len(common)) + common \
+            + b"SSND" + struct.pack(">L", 8 + 12) + bytes(8 + 12)
+        self.write("x.aif", b"FORM" + struct.pack(">L", 4 + len(chunks)) + b"AIFC" + chunks)
+        result = self.batch("--rate", "44100", "open", "x.aif")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("zemo-batch: open x.aif: the file was not opened (KO).", said(result))
+
     def test_a_file_at_another_rate_fails(self):
         self.write("in.caf", caf(48000.0, [0.5]))
         result = self.batch("--rate", "44100", "open", "in.caf", "dump", "out.f32")

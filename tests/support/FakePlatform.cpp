@@ -187,26 +187,66 @@ int FakeFileOperations::inspect(const std::string& path, platform::FileStatus& s
     if (known != statuses.end()) {
         status = known->second;
     } else if (files_.count(path) > 0) {
-        status = {.exists = true, .isRegular = true, .isWritable = true, .mode = 0644};
+        status = {.exists = true, .isRegular = true, .isWritable = true};
     }
     return static_cast<int>(called("inspect"));
 }
 
-int FakeFileOperations::create(const std::string& path) {
+std::vector<std::uint8_t>& FakeFileOperations::content(int descriptor) {
+    const auto nameless = nameless_.find(descriptor);
+    if (nameless != nameless_.end()) {
+        return nameless->second;
+    }
+    const std::string& path = open_.at(descriptor);
+    const auto stream = streamed.find(path);
+    return stream != streamed.end() ? stream->second : files_[path];
+}
+
+int FakeFileOperations::createNameless(const std::string& /*folder*/,
+                                       platform::NewFileAccess access) {
+    if (const long answer = called("createNameless")) {
+        return static_cast<int>(answer);
+    }
+    if (!hasNamelessFiles) {
+        return -EOPNOTSUPP;
+    }
+    created.push_back(access);
+    nameless_[nextDescriptor_] = {};
+    open_[nextDescriptor_] = {};
+    return nextDescriptor_++;
+}
+
+int FakeFileOperations::create(const std::string& path, platform::NewFileAccess access) {
     if (const long answer = called("create")) {
         return static_cast<int>(answer);
     }
     if (files_.count(path) > 0) {
         return -EEXIST;
     }
+    created.push_back(access);
     files_[path] = {};
     open_[nextDescriptor_] = path;
     return nextDescriptor_++;
 }
 
-int FakeFileOperations::setPermissions(int descriptor, const platform::FileStatus& like) {
-    permissions[open_.at(descriptor)] = like;
-    return static_cast<int>(called("setPermissions"));
+int FakeFileOperations::openStream(const std::string& path) {
+    if (const long answer = called("openStream")) {
+        return static_cast<int>(answer);
+    }
+    streamed[path];
+    open_[nextDescriptor_] = path;
+    return nextDescriptor_++;
+}
+
+void FakeFileOperations::awaitStream(int /*descriptor*/) {
+    called("awaitStream");
+}
+
+int FakeFileOperations::copyAttributes(const std::string& like, int /*descriptor*/) {
+    if (files_.count(like) > 0) {
+        attributesOf.push_back(like);
+    }
+    return static_cast<int>(called("copyAttributes"));
 }
 
 long FakeFileOperations::taken(const std::string& name, std::size_t count) {
@@ -221,7 +261,7 @@ long FakeFileOperations::write(int descriptor, const void* bytes, std::size_t co
     const long answer = taken("write", count);
     if (answer > 0) {
         const auto* const first = static_cast<const std::uint8_t*>(bytes);
-        std::vector<std::uint8_t>& file = files_[open_.at(descriptor)];
+        std::vector<std::uint8_t>& file = content(descriptor);
         file.insert(file.end(), first, first + answer);
     }
     return answer;
@@ -231,7 +271,7 @@ long FakeFileOperations::writeAt(int descriptor, std::uint64_t offset, const voi
                                  std::size_t count) {
     const long answer = taken("writeAt", count);
     if (answer > 0) {
-        std::vector<std::uint8_t>& file = files_[open_.at(descriptor)];
+        std::vector<std::uint8_t>& file = content(descriptor);
         file.resize(std::max<std::size_t>(file.size(), offset + static_cast<std::size_t>(answer)));
         std::memcpy(file.data() + offset, bytes, static_cast<std::size_t>(answer));
     }
@@ -252,9 +292,37 @@ int FakeFileOperations::sync(int /*descriptor*/) {
     return static_cast<int>(called("sync"));
 }
 
+int FakeFileOperations::closeDuplicate(int /*descriptor*/) {
+    return static_cast<int>(called("closeDuplicate"));
+}
+
 int FakeFileOperations::close(int descriptor) {
     open_.erase(descriptor);
+    nameless_.erase(descriptor);
     return static_cast<int>(called("close"));
+}
+
+int FakeFileOperations::link(int descriptor, const std::string& path) {
+    if (const long answer = called("link")) {
+        return static_cast<int>(answer);
+    }
+    if (files_.count(path) > 0) {
+        return -EEXIST;
+    }
+    files_[path] = nameless_.at(descriptor);
+    return 0;
+}
+
+int FakeFileOperations::linkOver(int descriptor, const std::string& hidden,
+                                 const std::string& path) {
+    if (const long answer = called("linkOver")) {
+        return static_cast<int>(answer);
+    }
+    if (files_.count(hidden) > 0) {
+        return -EEXIST;
+    }
+    files_[path] = nameless_.at(descriptor);
+    return 0;
 }
 
 int FakeFileOperations::rename(const std::string& from, const std::string& to) {

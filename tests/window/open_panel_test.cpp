@@ -1,4 +1,9 @@
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QPushButton>
 #include <QtTest>
+#include <filesystem>
+#include <fstream>
 
 #include "playback/SharedState.h"
 #include "support/WindowUnderTest.h"
@@ -12,6 +17,10 @@ namespace {
 
 QFileDialog* openPanel(const WindowUnderTest& zemo) {
     return zemo.delegate.window->findChild<QFileDialog*>();
+}
+
+QPushButton* openButton(QWidget* panel) {
+    return panel->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Open);
 }
 
 QCheckBox* box(QWidget* panel, const QString& title) {
@@ -32,6 +41,12 @@ std::vector<std::uint8_t> bytesOf(const std::vector<float>& samples) {
 
 class OpenPanelTest : public QObject {
     Q_OBJECT
+public:
+    ~OpenPanelTest() override { // Qt does not see the names that are not UTF-8
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_.path().toStdString(), ignored);
+    }
+
 private:
     QTemporaryDir folder_;
 
@@ -44,6 +59,17 @@ private:
         }
         file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
         const std::string path = folder_.filePath(name).toStdString();
+        zemo.platform.files.files[path] = bytes;
+        return path;
+    }
+
+    /// The same under a name of any bytes.
+    std::string putNamed(WindowUnderTest& zemo, const std::string& name,
+                         const std::vector<std::uint8_t>& bytes) {
+        const std::string path = folder_.path().toStdString() + "/" + name;
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
         zemo.platform.files.files[path] = bytes;
         return path;
     }
@@ -136,6 +162,92 @@ private slots:
                  QString("good.f32"));
         QCOMPARE(zemo.delegate.window->findChild<QLabel*>("resultValue")->text(),
                  QString("KO (bad.caf)"));
+    }
+
+    /// Of whatever a raw file begins with, "KO" like the result of a refusal too.
+    void aRawFileThatBeginsLikeARefusalIsOpened() {
+        WindowUnderTest zemo;
+        const std::string path = put(zemo, "ko.f32", {'K', 'O', 0, 0, 0, 0, 0, 63});
+        QTimer::singleShot(0, this, [&] { choose(openPanel(zemo), path); });
+        zemo.delegate.window->findChild<QAction*>("OpenRawMenu")->trigger();
+        QCOMPARE(fBuffersize.load(), 2);
+        QCOMPARE(zemo.delegate.window->findChild<QLabel*>("soundName")->text(), QString("ko.f32"));
+        QCOMPARE(zemo.delegate.window->findChild<QLabel*>("resultValue")->text(), QString("KO"));
+        QVERIFY(zemo.delegate.window->findChild<QLabel*>("reasonValue")->text().isEmpty());
+    }
+
+    void aFileWhoseNameIsNotUtf8IsChosenBelowTheList() {
+        WindowUnderTest zemo;
+        const std::string path = putNamed(zemo, "caf\xE9 100%.f32", bytesOf({0.25F, 0.5F}));
+        putNamed(zemo, "\xFF\xFE.f32", {1, 2, 3, 4});
+        for (const bool byName : {false, true}) {
+            zemo.delegate.OpenMenu->trigger();
+            QFileDialog* const panel = openPanel(zemo);
+            panel->setDirectory(folder_.path());
+            auto* const names = panel->findChild<QComboBox*>("namesThatAreNotUtf8");
+            QTRY_VERIFY(names->isVisible());
+            QCOMPARE(names->count(), 3);
+            QCOMPARE(names->itemText(1), QString("caf%E9 100%25.f32"));
+            QCOMPARE(names->itemText(2), QString("%FF%FE.f32"));
+            auto* const field = panel->findChild<QLineEdit*>("fileNameEdit");
+            if (byName) {
+                field->setText("caf%E9 100%25.f32");
+            } else {
+                names->setCurrentIndex(1);
+                emit names->textActivated(names->currentText());
+                QCOMPARE(field->text(), names->currentText());
+            }
+            QTRY_VERIFY(openButton(panel)->isEnabled());
+            openButton(panel)->click();
+            QCoreApplication::processEvents();
+            QCOMPARE(currentSound(), (std::vector<float>{0.25F, 0.5F}));
+            QCOMPARE(zemo.delegate.window->findChild<QLabel*>("soundName")->text(),
+                     QString("caf\uFFFD 100%.f32"));
+            QVERIFY(zemo.platform.trace.out.find("File " + path + ":") != std::string::npos);
+            loadSound({0.1F});
+            QTRY_VERIFY(openPanel(zemo) == nullptr);
+        }
+    }
+
+    void whatIsNoFileCannotBeOpened() {
+        WindowUnderTest zemo;
+        putNamed(zemo, "caf\xE9.f32", {1, 2, 3, 4});
+        zemo.delegate.OpenMenu->trigger();
+        QFileDialog* const panel = openPanel(zemo);
+        panel->setDirectory(folder_.path());
+        auto* const field = panel->findChild<QLineEdit*>("fileNameEdit");
+        field->setText("caf%E9.f32");
+        QVERIFY(openButton(panel)->isEnabled());
+        field->setText("caf%E8.f32");
+        QVERIFY(!openButton(panel)->isEnabled());
+        panel->reject();
+    }
+
+    void theLineBelowTheListIsThereForSuchNamesAlone() {
+        WindowUnderTest zemo;
+        QTemporaryDir plain;
+        zemo.delegate.OpenMenu->trigger();
+        QFileDialog* const panel = openPanel(zemo);
+        auto* const names = panel->findChild<QComboBox*>("namesThatAreNotUtf8");
+        putNamed(zemo, "caf\xE9.f32", {1, 2, 3, 4});
+        panel->setDirectory(folder_.path());
+        QTRY_VERIFY(names->isVisible());
+        panel->setDirectory(plain.path());
+        QVERIFY(!names->isVisible());
+        panel->setDirectory(folder_.path());
+        QTRY_VERIFY(names->isVisible());
+        panel->reject();
+    }
+
+    void aNameWithPercentSignsIsTheFilesOwnWhereThereIsSuchAFile() {
+        WindowUnderTest zemo;
+        putNamed(zemo, "caf\xE9.f32", bytesOf({0.25F}));
+        const std::string plain = put(zemo, "caf%E9.f32", bytesOf({0.5F}));
+        zemo.delegate.OpenMenu->trigger();
+        choose(openPanel(zemo), plain);
+        QCOMPARE(currentSound(), std::vector<float>{0.5F});
+        QCOMPARE(zemo.delegate.window->findChild<QLabel*>("soundName")->text(),
+                 QString("caf%E9.f32"));
     }
 
     void aFirstLineOfControlCharactersIsShownAsPlainText() {

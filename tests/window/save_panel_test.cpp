@@ -81,7 +81,7 @@ private slots:
         loadSound({0.5F});
         zemo.delegate.SaveAsAudioMenu->trigger();
         zemo.platform.operations.inject = [](const std::string& call, std::size_t) {
-            return call == "close" ? -EIO : 0L;
+            return call == "closeDuplicate" ? -EIO : 0L;
         };
         choose(savePanel(zemo), place("z.caf"));
         const auto& logged = zemo.platform.trace.logged;

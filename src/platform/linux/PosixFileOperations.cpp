@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,7 +10,11 @@
 #include <climits>
 #include <cstdio>
 
+#include <linux/magic.h>
+
+#include "platform_linux/Descriptors.h"
 #include "platform_linux/LinuxServices.h"
+#include "platform_linux/UnfinishedFiles.h"
 
 namespace zemo::platform {
 namespace {
@@ -29,14 +34,34 @@ int readLink(const std::string& path, std::string& target) {
     return length >= 0 || isNoLink ? 0 : -errno;
 }
 
+bool isUnderProc(const std::string& link) {
+    struct statfs fileSystem {};
+    const int descriptor = ::open(link.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    const bool found = descriptor >= 0 && ::fstatfs(descriptor, &fileSystem) == 0 &&
+                       fileSystem.f_type == PROC_SUPER_MAGIC;
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
+    return found;
+}
+
+int inspectOwn(int descriptor, FileStatus& status) {
+    struct stat found {};
+    if (::fstat(descriptor, &found) != 0) {
+        return -errno;
+    }
+    status = {.exists = true, .isStream = !S_ISDIR(found.st_mode), .isWritable = true};
+    return 0;
+}
+
 } // namespace
 
 int PosixFileOperations::followLinks(const std::string& path, std::string& target) {
     target = path;
     for (int links = 0; links < kMostLinks; ++links) {
         std::string next;
-        const int result = readLink(target, next);
-        if (result != 0 || next.empty()) {
+        const int result = ownDescriptor(target) ? 0 : readLink(target, next);
+        if (result != 0 || next.empty() || isUnderProc(target)) {
             return result;
         }
         if (next.front() == '/') {
@@ -49,30 +74,32 @@ int PosixFileOperations::followLinks(const std::string& path, std::string& targe
 }
 
 int PosixFileOperations::inspect(const std::string& path, FileStatus& status) {
-    struct stat found {};
     status = {};
-    if (::stat(path.c_str(), &found) != 0) {
+    if (const auto descriptor = ownDescriptor(path)) {
+        return inspectOwn(*descriptor, status);
+    }
+    struct stat found {};
+    if (::lstat(path.c_str(), &found) != 0) {
         return errno == ENOENT ? 0 : -errno;
     }
+    const bool isRegular = S_ISREG(found.st_mode);
     status = {.exists = true,
-              .isRegular = S_ISREG(found.st_mode),
-              .isWritable = ::access(path.c_str(), W_OK) == 0,
-              .mode = found.st_mode & 07777U,
-              .owner = found.st_uid,
-              .group = found.st_gid};
+              .isRegular = isRegular,
+              .isStream = !isRegular && !S_ISDIR(found.st_mode), // a link too: one under /proc
+              .isWritable = ::access(path.c_str(), W_OK) == 0};
     return 0;
 }
 
-int PosixFileOperations::create(const std::string& path) {
-    return answer(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-}
-
-int PosixFileOperations::setPermissions(int descriptor, const FileStatus& like) {
-    // Only root may give a file away; for everyone else it is their own from now on.
-    if (::fchown(descriptor, like.owner, like.group) != 0 && errno != EPERM) {
-        return -errno;
+int PosixFileOperations::create(const std::string& path, NewFileAccess access) {
+    const mode_t mode = access == NewFileAccess::OwnerOnly ? 0600 : 0666;
+    unfinishedFiles().add(path);
+    const int result = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    if (result >= 0) {
+        return result;
     }
-    return answer(::fchmod(descriptor, like.mode));
+    const int error = errno;
+    unfinishedFiles().remove(path);
+    return -error;
 }
 
 long PosixFileOperations::write(int descriptor, const void* bytes, std::size_t count) {
@@ -105,12 +132,21 @@ int PosixFileOperations::sync(int descriptor) {
     return answer(::fsync(descriptor));
 }
 
+int PosixFileOperations::closeDuplicate(int descriptor) {
+    const int duplicate = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+    return duplicate < 0 ? -errno : answer(::close(duplicate));
+}
+
 int PosixFileOperations::close(int descriptor) {
     return answer(::close(descriptor));
 }
 
 int PosixFileOperations::rename(const std::string& from, const std::string& to) {
-    return answer(std::rename(from.c_str(), to.c_str()));
+    const int result = answer(std::rename(from.c_str(), to.c_str()));
+    if (result == 0) {
+        unfinishedFiles().remove(from);
+    }
+    return result;
 }
 
 int PosixFileOperations::syncFolder(const std::string& folder) {
@@ -124,7 +160,11 @@ int PosixFileOperations::syncFolder(const std::string& folder) {
 }
 
 int PosixFileOperations::remove(const std::string& path) {
-    return answer(::unlink(path.c_str()));
+    const int result = answer(::unlink(path.c_str()));
+    if (result == 0) {
+        unfinishedFiles().remove(path);
+    }
+    return result;
 }
 
 std::uint64_t PosixFileOperations::uniqueNumber() {

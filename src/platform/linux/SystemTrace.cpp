@@ -1,5 +1,6 @@
 #include <syslog.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <string>
 
@@ -9,16 +10,20 @@
 namespace zemo::platform {
 namespace {
 
-/// Flushed at once: a trace line that is lost with the program is of no use.
-void write(std::FILE* stream, std::string_view text) {
+/// Flushed at once: a trace line that is lost with the program is of no use. Returns 0 or an error
+/// number, which for a trace line is ignored: nobody reads it any more, and the program goes on.
+int write(std::FILE* stream, std::string_view text) {
     assertNotRealTime();
     if (text.empty()) { // and perhaps nowhere
-        return;
+        return 0;
     }
     const bool written = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
-    if (!written || std::fflush(stream) != 0) {
-        std::clearerr(stream); // nobody reads it any more; the program goes on
+    if (written && std::fflush(stream) == 0) {
+        return 0;
     }
+    const int error = errno;
+    std::clearerr(stream);
+    return error;
 }
 
 } // namespace
@@ -32,7 +37,11 @@ SystemTrace::~SystemTrace() {
 }
 
 void SystemTrace::print(std::string_view text) {
-    write(stdout, text);
+    write(output_, text);
+}
+
+int SystemTrace::printResult(std::string_view text) {
+    return write(output_, text);
 }
 
 void SystemTrace::printError(std::string_view text) {

@@ -211,7 +211,7 @@ private:
     void modulatePhase();
     HdSettings readHdFields();
     void saveHeld(const QString& path, const HeldSound& sound);
-    void describeSound(const QString& path, const std::string& status);
+    void describeSound(const QString& path, const std::string& status, bool isRefused);
     void describeLength();
     void describeFailure(const platform::Error& error);
     bool isImportable(const QString& path);

@@ -11,11 +11,16 @@
 /// The words that zemo-batch understands.
 namespace zemo::batch {
 
-/// `open FILE [swap] [normalize]`: as the open panel with its two boxes.
+/// A FILE that is read or written: `-` is standard input or standard output, whichever way the step
+/// goes.
+inline constexpr const char* kStandardStream = "-";
+
+/// `open FILE [swap] [normalize] [as=caf|aif]`: as the open panel with its two boxes.
 struct OpenStep {
     std::string file;
     bool swap = false;
     bool normalize = false;
+    std::string as{}; ///< counts as the name's extension, unless it is empty. So below
 };
 
 /// `resample RATIO`: changes the number of samples, the rate as it is.
@@ -54,9 +59,10 @@ struct HdStep {
 /// `revert`: exchanges the sound and the copy that the last transformation kept.
 struct RevertStep {};
 
-/// `save FILE`: as the save panel.
+/// `save FILE [as=caf|aif]`: as the save panel.
 struct SaveStep {
     std::string file;
+    std::string as{}; ///< caf for standard output, where it is not given
 };
 
 /// `import FILE`: a sound file of any known kind, converted to one channel at the output's rate.
@@ -64,9 +70,10 @@ struct ImportStep {
     std::string file;
 };
 
-/// `export FILE`: the sound as WAV or FLAC.
+/// `export FILE [as=wav|flac]`: the sound as WAV or FLAC.
 struct ExportStep {
     std::string file;
+    std::string as{}; ///< wav for standard output, where it is not given
 };
 
 /// `dump FILE`: the samples alone, little-endian 32-bit floats.
@@ -109,6 +116,10 @@ struct CommandLine {
 /// into `complaint` as one sentence.
 std::optional<CommandLine> parseCommandLine(const std::vector<std::string>& words,
                                             std::string& complaint);
+
+/// [any] Whether a step writes a file to standard output, by whichever of its names: then nothing
+/// else may go there.
+bool writesToStandardOutput(const std::vector<Step>& steps);
 
 /// [any] What --help prints.
 std::string usage();

@@ -7,8 +7,12 @@
 #include "batch/OfflineOutput.h"
 #include "dsp/Revert.h"
 #include "dsp/Transformation.h"
+#include "files/FileUrl.h"
 
 namespace zemo::batch {
+
+/// [any] The place of a file that a step reads, as a file of the kind `as` where that is said.
+FileUrl inputUrl(const std::string& file, const std::string& as = {});
 
 /// [main] Says a sentence, given in parts, on standard error, behind the program's name. Asks for
 /// no memory.

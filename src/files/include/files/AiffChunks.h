@@ -58,6 +58,8 @@ struct Common {
     void write(ByteWriter& out) const;
 
     bool isPlausible() const noexcept;
+    /// Nothing can be said of packets of a compression that is not known, not even their number.
+    bool isCompressionKnown() const noexcept;
     platform::AudioStreamBasicDescription streamDescription() const noexcept;
     /// Bits per sample, negative for floating point, 0 for what is not linear PCM.
     std::int32_t sourceBitDepth() const noexcept;

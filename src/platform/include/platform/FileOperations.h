@@ -6,18 +6,24 @@
 
 namespace zemo::platform {
 
-/// What is known of a file that a save would replace.
+/// What is known of the place that a save writes to.
 struct FileStatus {
     bool exists = false;
     bool isRegular = false;
+    /// A pipe, a device, or a descriptor of this process by its name (/dev/stdout): there is
+    /// nothing to replace, so bytes are written to it directly.
+    bool isStream = false;
     bool isWritable = false;
-    std::uint32_t mode = 0; ///< permission bits
-    std::uint32_t owner = 0;
-    std::uint32_t group = 0;
 };
 
-/// The system calls of a save, one each, as the system answers them: an error comes back as its
-/// negative number, and nothing is tried twice. All [main], [worker].
+/// Who may read a new file while it is being written.
+enum class NewFileAccess : std::uint8_t {
+    OwnerOnly, ///< mode 0600
+    Default,   ///< as the umask, or the folder's default access list, has it for any new file
+};
+
+/// The system calls of a save, one each unless said otherwise, as the system answers them: an error
+/// comes back as its negative number, and nothing is tried twice. All [main], [worker].
 class FileOperations {
 public:
     FileOperations() = default;
@@ -26,11 +32,23 @@ public:
     virtual ~FileOperations() = default;
 
     /// The place that `path` names when symbolic links are followed, whether or not it is there.
+    /// The names of this process's descriptors and links under /proc are not followed: what they
+    /// lead to is open already, and its name may lead elsewhere.
     virtual int followLinks(const std::string& path, std::string& target) = 0;
     virtual int inspect(const std::string& path, FileStatus& status) = 0; ///< absent is no error
+    /// Creates a file without a name in `folder`, for writing. Returns its descriptor; any error
+    /// where the file system has no such files.
+    virtual int createNameless(const std::string& folder, NewFileAccess access) = 0;
     /// Creates a file that must not be there yet, for writing. Returns its descriptor.
-    virtual int create(const std::string& path) = 0;
-    virtual int setPermissions(int descriptor, const FileStatus& like) = 0;
+    virtual int create(const std::string& path, NewFileAccess access) = 0;
+    /// Opens a stream for writing. -EAGAIN: a named pipe that nobody reads yet.
+    virtual int openStream(const std::string& path) = 0;
+    /// Waits for a moment: until the descriptor takes bytes, or without one (-1), but never long.
+    virtual void awaitStream(int descriptor) = 0;
+    /// Gives the open file the owner, group, mode, access list and extended attributes of the file
+    /// `like`, if that is there. What this user cannot give makes it narrower, never wider, and is
+    /// no error.
+    virtual int copyAttributes(const std::string& like, int descriptor) = 0;
     virtual long write(int descriptor, const void* bytes, std::size_t count) = 0; ///< bytes taken
     /// The same over bytes that were written before, `offset` counted from the file's first one;
     /// the next write goes on at the file's end all the same.
@@ -45,7 +63,16 @@ public:
         return 0;
     }
     virtual int sync(int descriptor) = 0;
+    /// Closes a duplicate of the descriptor: any error that closing would report is reported, and
+    /// the file stays open.
+    virtual int closeDuplicate(int descriptor) = 0;
     virtual int close(int descriptor) = 0;
+    /// Gives a nameless file a name that must not be there yet.
+    virtual int link(int descriptor, const std::string& path) = 0;
+    /// Gives a nameless file the name `path`, in place of the file that has it. Under the name
+    /// `hidden`, which must not be there yet, it is to be seen for an instant; killing the process
+    /// does not leave it there.
+    virtual int linkOver(int descriptor, const std::string& hidden, const std::string& path) = 0;
     virtual int rename(const std::string& from, const std::string& to) = 0;
     virtual int syncFolder(const std::string& folder) = 0;
     virtual int remove(const std::string& path) = 0;

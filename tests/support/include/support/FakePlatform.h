@@ -124,24 +124,33 @@ public:
     std::function<long(const std::string& call, std::size_t index)> inject;
     static constexpr long kTakesNothing = INT64_MIN;
     std::vector<std::string> calls;
-    std::map<std::string, std::string> links;                ///< symbolic links
-    std::map<std::string, platform::FileStatus> statuses;    ///< of files that are not plain
-    std::map<std::string, platform::FileStatus> permissions; ///< what setPermissions was given
+    bool hasNamelessFiles = true;
+    std::map<std::string, std::string> links;                  ///< symbolic links
+    std::map<std::string, platform::FileStatus> statuses;      ///< of files that are not plain
+    std::map<std::string, std::vector<std::uint8_t>> streamed; ///< what each stream was given
+    std::vector<platform::NewFileAccess> created;              ///< of the files that were made
+    std::vector<std::string> attributesOf;                     ///< the files that were there
     /// Bytes that beginSync and finishSync were given, from the first on without a gap.
     std::uint64_t begun = 0;
     std::uint64_t finished = 0;
 
     int followLinks(const std::string& path, std::string& target) override;
     int inspect(const std::string& path, platform::FileStatus& status) override;
-    int create(const std::string& path) override;
-    int setPermissions(int descriptor, const platform::FileStatus& like) override;
+    int createNameless(const std::string& folder, platform::NewFileAccess access) override;
+    int create(const std::string& path, platform::NewFileAccess access) override;
+    int openStream(const std::string& path) override;
+    void awaitStream(int descriptor) override;
+    int copyAttributes(const std::string& like, int descriptor) override;
     long write(int descriptor, const void* bytes, std::size_t count) override;
     long writeAt(int descriptor, std::uint64_t offset, const void* bytes,
                  std::size_t count) override;
     void beginSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int finishSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int sync(int descriptor) override;
+    int closeDuplicate(int descriptor) override;
     int close(int descriptor) override;
+    int link(int descriptor, const std::string& path) override;
+    int linkOver(int descriptor, const std::string& hidden, const std::string& path) override;
     int rename(const std::string& from, const std::string& to) override;
     int syncFolder(const std::string& folder) override;
     int remove(const std::string& path) override;
@@ -154,8 +163,11 @@ private:
     /// What a write of that many bytes answers.
     long taken(const std::string& name, std::size_t count);
 
+    std::vector<std::uint8_t>& content(int descriptor);
+
     std::map<std::string, std::vector<std::uint8_t>>& files_;
     std::map<int, std::string> open_;
+    std::map<int, std::vector<std::uint8_t>> nameless_;
     int nextDescriptor_ = 3;
     std::uint64_t lastNumber_ = 0;
 };

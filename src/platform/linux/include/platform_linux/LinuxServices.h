@@ -1,5 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <string>
+
 #include "platform/Clock.h"
 #include "platform/FileOperations.h"
 #include "platform/FileStream.h"
@@ -42,24 +47,47 @@ private:
     unsigned count_;
 };
 
+/// Whether pipes, devices and descriptors of this process (/dev/stdin) can be opened for reading.
+enum class Streams : std::uint8_t {
+    Refused,
+    Read, ///< to their end, before anything is done with them
+};
+
+/// A stream is read once and kept in memory: whenever its path is opened again it is the same. One
+/// that would leave the system less than 256 MiB is refused with ENOMEM.
 class PosixFileSystem final : public FileSystem {
 public:
+    explicit PosixFileSystem(Streams streams = Streams::Refused) : streams_(streams) {}
+    ~PosixFileSystem() override;
+
     std::unique_ptr<FileStream> openForReading(const std::string& path, int& error) override;
+
+private:
+    int openStream(const std::string& path);
+
+    Streams streams_;
+    std::map<std::string, int> read_; ///< the descriptors of what was read, by path
 };
 
 class PosixFileOperations : public FileOperations {
 public:
     int followLinks(const std::string& path, std::string& target) override;
     int inspect(const std::string& path, FileStatus& status) override;
-    int create(const std::string& path) override;
-    int setPermissions(int descriptor, const FileStatus& like) override;
+    int createNameless(const std::string& folder, NewFileAccess access) override;
+    int create(const std::string& path, NewFileAccess access) override;
+    int openStream(const std::string& path) override;
+    void awaitStream(int descriptor) override;
+    int copyAttributes(const std::string& like, int descriptor) override;
     long write(int descriptor, const void* bytes, std::size_t count) override;
     long writeAt(int descriptor, std::uint64_t offset, const void* bytes,
                  std::size_t count) override;
     void beginSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int finishSync(int descriptor, std::uint64_t from, std::uint64_t bytes) override;
     int sync(int descriptor) override;
+    int closeDuplicate(int descriptor) override;
     int close(int descriptor) override;
+    int link(int descriptor, const std::string& path) override;
+    int linkOver(int descriptor, const std::string& hidden, const std::string& path) override;
     int rename(const std::string& from, const std::string& to) override;
     int syncFolder(const std::string& folder) override;
     int remove(const std::string& path) override;
@@ -72,9 +100,16 @@ public:
     explicit SystemTrace(const char* programName); ///< the name must outlive the object
     ~SystemTrace() override;
 
+    /// From now on everything for standard output goes to standard error: the sound goes there.
+    void leaveStandardOutput() { output_ = stderr; }
+
     void print(std::string_view text) override;
+    int printResult(std::string_view text) override;
     void printError(std::string_view text) override;
     void log(std::string_view text) override;
+
+private:
+    std::FILE* output_ = stdout;
 };
 
 } // namespace zemo::platform

@@ -43,19 +43,18 @@ void AppDelegate::ImportDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::importFile(const QString& path) {
-    if (work_.isBusy()) {
+    if (work_.isBusy() || !awaitRescueCopies()) {
         return;
     }
     const QString name = QFileInfo(path).fileName();
     work_.setDescription(tr("Importing %1…").arg(name));
-    const SoundChange change(*this, SoundChange::Source::File);
+    const SoundChange change(*this, SoundChange::Source::File, path);
     const auto imported = importSound(urlOf(path));
     messages_.drain(*this);
     if (!imported) {
         describeFailure(imported.error());
         return;
     }
-    soundName_->setText(name);
     describeLength();
     const SoundFileDescription& source = imported.value().source;
     const QLocale locale;
@@ -74,6 +73,7 @@ void AppDelegate::ExportDialog(QObject* /*sender*/) {
     auto* const panel = new SavePanel(window, tr("Export Audio"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setAllowedFileTypes({"wav", "WAV", "flac", "FLAC"});
+    panel->suggestName(QFile::decodeName(unsaved_.name().c_str()));
     panel->setLabelText(QFileDialog::Accept, tr("Export"));
     connect(panel, &QFileDialog::fileSelected, this,
             [this](const QString& path) { onceClosed([this, path] { exportFile(path); }); });
@@ -93,7 +93,9 @@ void AppDelegate::exportFile(const QString& path) {
         return;
     }
     if (isExactExport(path)) {
-        unsaved_.saved(sound);
+        unsaved_.exported(sound);
+        showName();
+        offerRescued();
     }
     const std::int64_t clipped = exported.value().clipped;
     const QString what =

@@ -32,7 +32,8 @@ void AppDelegate::connectRescueLine() {
     discardButton_->installEventFilter(this);
 }
 
-void AppDelegate::keepRescueCopies(const std::filesystem::path& root) {
+void AppDelegate::keepRescueCopies(const std::filesystem::path& root,
+                                   const rescue::RescueLimits& limits) {
     const auto later = [this](auto action) {
         QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
     };
@@ -52,7 +53,7 @@ void AppDelegate::keepRescueCopies(const std::filesystem::path& root) {
         });
     };
     keeper_ = std::make_unique<rescue::RescueKeeper>(
-        root, rescue::RescueEvents{.found = found, .changed = changed, .gone = gone});
+        root, rescue::RescueEvents{.found = found, .changed = changed, .gone = gone}, limits);
     fatalEnd_ = std::make_unique<rescue::FatalEnd>(*keeper_);
     unsaved_.keepWith(*keeper_);
 }
@@ -100,6 +101,7 @@ void AppDelegate::restoreRescued() {
     const rescue::LostSound offer = unsaved_.lost().front();
     const rescue::RescueKeeper::Place place = keeper_->find(offer.copy);
     const auto before = rescue::SoundIdentity::now();
+    unsaved_.willRestore();
     if (place.file) {
         readBack(*place.file);
     } else {
@@ -109,6 +111,8 @@ void AppDelegate::restoreRescued() {
         unsaved_.restored(offer, soundBehindRevert());
         showName();
         offerRescued();
+    } else {
+        unsaved_.notRestored();
     }
 }
 

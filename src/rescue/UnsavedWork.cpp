@@ -41,6 +41,7 @@ void UnsavedWork::exchanged(const SoundIdentity& reverted) {
 }
 
 void UnsavedWork::restored(const LostSound& from, const SoundIdentity& reverted) {
+    isRestoring_ = false;
     forget(from.copy);
     addNow(from.name, false);
     if (KnownSound* const sound = known(SoundIdentity::now())) {
@@ -86,7 +87,8 @@ void UnsavedWork::setLost(KnownSound& sound, bool isLost) {
     }
     keeper_->setLost(sound.copy, isLost);
     if (isLost) {
-        lost_.insert(lost_.begin(), {.copy = sound.copy, .name = sound.name});
+        lost_.insert(isRestoring_ ? lost_.end() : lost_.begin(),
+                     {.copy = sound.copy, .name = sound.name});
     } else {
         std::erase_if(lost_, [&](const LostSound& lost) { return lost.copy == sound.copy; });
     }

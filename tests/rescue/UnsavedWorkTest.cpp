@@ -68,6 +68,7 @@ protected:
         const LostSound first = work_.lost().at(0);
         keeper_->finish(60s);
         const float sample = read(keeper_->find(first.copy).file.value()).at(0);
+        work_.willRestore();
         open(sample, "the file's name");
         work_.restored(first, reverted());
     }
@@ -316,12 +317,36 @@ TEST_F(UnsavedSounds, WhatARestoredSoundTakesThePlaceOfIsOfferedInItsTurn) {
     EXPECT_EQ(work_.name(), "b.caf");
 }
 
+TEST_F(UnsavedSounds, RestoringOneAfterTheOtherComesToAllOfThem) {
+    open(1, "left.caf");
+    transform(2);
+    kept();
+    startAgain();
+    for (const char* const name : {"a.caf", "b.caf", "c.caf"}) {
+        open(1, name);
+        transform(2);
+    }
+    open(3, "d.caf");
+    EXPECT_EQ(lostNames(), (std::vector<std::string>{"c.caf", "b.caf", "a.caf", "left.caf"}));
+    std::vector<std::string> restored;
+    for (int i = 0; i < 5; ++i) {
+        restoreFirst();
+        restored.push_back(work_.name());
+    }
+    EXPECT_EQ(restored, (std::vector<std::string>{"c.caf", "b.caf", "a.caf", "left.caf", "c.caf"}));
+    work_.willRestore();
+    work_.notRestored();
+    open(4, "e.caf");
+    EXPECT_EQ(lostNames().front(), "c.caf") << "which no restoring took the place of";
+}
+
 TEST_F(UnsavedSounds, ALostSoundThatIsPutBackFromMemoryIsLostNoMore) {
     open(1, "harp.caf");
     transform(2);
     const HeldSound sound = HeldSound::take();
     open(3, "bell.caf");
     const LostSound offer = work_.lost().at(0);
+    work_.willRestore();
     replaceBuffer(sound.block(), sound.count());
     work_.exchanged(reverted());
     work_.restored(offer, reverted());

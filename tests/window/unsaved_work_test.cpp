@@ -2,9 +2,12 @@
 // goes by its own name.
 #include <QLineEdit>
 #include <QtTest>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
+#include "interface/ProgressPanel.h"
 #include "playback/SoundExchange.h"
 #include "support/RescuedWindow.h"
 
@@ -45,6 +48,19 @@ std::string contentOf(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
+
+/// A disk that takes no file to its end until it is let go.
+class HeldUpDisk final : public platform::PosixFileOperations {
+public:
+    ~HeldUpDisk() override { isHeldUp = false; }
+    int sync(int descriptor) override {
+        while (isHeldUp && !platform::isStopRequested()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return PosixFileOperations::sync(descriptor);
+    }
+    std::atomic<bool> isHeldUp{true};
+};
 
 /// The folder of the program that runs.
 fs::path onlyFolderIn(const QTemporaryDir& state) {
@@ -184,6 +200,106 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(zemo.result(), QString("Saved as saved.caf"), kLong);
         QVERIFY(!zemo.isOffered());
         QCOMPARE(zemo.headline(), QString("bell.f32"));
+    }
+
+    // Bounds -------------------------------------------------------------------------------------
+
+    void the_window_says_which_copy_goes_before_it_does() {
+        const QTemporaryDir state;
+        RescuedWindow zemo(state, 48000.0, {.mostBytes = 1});
+        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
+        zemo.resample();
+        const Sound first = zemo.sound();
+        zemo.resample();
+        QTRY_COMPARE_WITH_TIMEOUT(soundsInCopies(state).size(), std::size_t{2}, kLong);
+        QCOMPARE(zemo.notice(), QString()); // neither of them goes
+        zemo.resample();
+        QTRY_VERIFY_WITH_TIMEOUT(
+            zemo.notice().contains("the next one will remove the oldest, harp first"), kLong);
+        QVERIFY(hasCopyOf(state, first));
+        zemo.resample();
+        QTRY_VERIFY_WITH_TIMEOUT(!hasCopyOf(state, first), kLong);
+        QVERIFY(hasCopyOf(state, zemo.sound()) ||
+                QTest::qWaitFor([&] { return hasCopyOf(state, zemo.sound()); }, kLong));
+        zemo.restore(); // what is offered is there
+        QVERIFY(zemo.sound() != first);
+    }
+
+    void who_is_faster_than_the_disk_waits_or_cancels() {
+        const QTemporaryDir state;
+        RescuedWindow zemo(state, 48000.0, {.mostHeldBytes = 1});
+        HeldUpDisk disk;
+        platform::services().fileOperations = &disk;
+        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
+        zemo.resample();
+        zemo.resample();
+        zemo.resample();
+        const Sound third = zemo.sound();
+        QTimer finger;
+        connect(&finger, &QTimer::timeout, this, [&] {
+            if (auto* const panel = zemo.delegate.window->findChild<ProgressPanel*>()) {
+                panel->findChild<QPushButton*>("progressCancelButton")->click();
+            }
+        });
+        finger.start(5);
+        zemo.resample();
+        QCOMPARE(zemo.result(), QString("Cancelled"));
+        QCOMPARE(zemo.sound(), third);
+        finger.stop();
+        disk.isHeldUp = false;
+        zemo.resample();
+        QCOMPARE(zemo.result(), QString("Done"));
+        QTRY_COMPARE_WITH_TIMEOUT(soundsInCopies(state).size(), std::size_t{4}, kLong);
+        platform::services().fileOperations = &zemo.operations;
+    }
+
+    void a_lost_sound_that_is_not_on_the_disk_yet_is_restored_from_memory() {
+        const QTemporaryDir state;
+        RescuedWindow zemo(state);
+        HeldUpDisk disk;
+        platform::services().fileOperations = &disk;
+        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
+        zemo.resample();
+        const Sound work = zemo.sound();
+        zemo.delegate.openFileNamed(rawFile(state, "bell.f32", 0.5F));
+        zemo.restore();
+        QCOMPARE(zemo.sound(), work);
+        QCOMPARE(zemo.headline(), QString("harp.f32"));
+        QVERIFY(zemo.isModified());
+        QVERIFY(!zemo.isOffered());
+        QCOMPARE(soundsInCopies(state).size(), std::size_t{0});
+        disk.isHeldUp = false;
+        QTRY_VERIFY_WITH_TIMEOUT(hasCopyOf(state, work), kLong);
+        QCOMPARE(soundsInCopies(state).size(), std::size_t{1});
+        platform::services().fileOperations = &zemo.operations;
+    }
+
+    void closing_waits_for_the_disk_and_asks_who_does_not() {
+        const QTemporaryDir state;
+        RescuedWindow zemo(state);
+        HeldUpDisk disk;
+        platform::services().fileOperations = &disk;
+        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
+        zemo.resample();
+        zemo.delegate.window->close();
+        const auto panel = [&] { return zemo.delegate.window->findChild<ProgressPanel*>(); };
+        QTimer finger;
+        connect(&finger, &QTimer::timeout, this, [&] {
+            if (panel() != nullptr) {
+                panel()->findChild<QPushButton*>("progressCancelButton")->click();
+            }
+        });
+        finger.start(5);
+        QTRY_VERIFY_WITH_TIMEOUT(zemo.question() != nullptr, kLong);
+        finger.stop();
+        zemo.choose("Cancel");
+        QCoreApplication::processEvents();
+        QVERIFY(zemo.delegate.window->isVisible());
+        disk.isHeldUp = false;
+        zemo.delegate.window->close();
+        QTRY_VERIFY_WITH_TIMEOUT(!zemo.delegate.window->isVisible(), kLong);
+        QCOMPARE(soundsInCopies(state).size(), std::size_t{1});
+        platform::services().fileOperations = &zemo.operations;
     }
 
     // Names --------------------------------------------------------------------------------------

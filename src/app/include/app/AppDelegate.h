@@ -115,7 +115,8 @@ public:
     /// From now on copies of unsaved sounds are kept under `root`. Those that cannot be reached any
     /// more, and those that are found there, are offered in one line of the window. Without this
     /// nothing is kept.
-    void keepRescueCopies(const std::filesystem::path& root);
+    void keepRescueCopies(const std::filesystem::path& root,
+                          const rescue::RescueLimits& limits = {});
     bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
     /// Closes the window, whatever would be lost with it.
     void closeWithoutAsking();

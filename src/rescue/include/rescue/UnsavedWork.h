@@ -61,8 +61,12 @@ public:
     void transformed(const SoundIdentity& before, const SoundIdentity& reverted);
     /// The sound and the one behind Revert have changed places.
     void exchanged(const SoundIdentity& reverted);
-    /// A lost sound is the sound again, out of its copy, which stays until it is saved.
+    /// A lost sound is going to be the sound again; what it takes the place of is lost as the last
+    /// in line, so that restoring one after the other comes to every one of them.
+    void willRestore() { isRestoring_ = true; }
+    /// It is, out of its copy, which stays until it is saved; or nothing came of it.
     void restored(const LostSound& from, const SoundIdentity& reverted);
+    void notRestored() { isRestoring_ = false; }
 
     /// That sound stands in a file of that name now, which is its own from now on.
     void saved(const HeldSound& sound, const std::string& name);
@@ -73,8 +77,9 @@ public:
     const std::string& name() const;
     bool isUnsaved() const;
 
-    /// The lost sounds, the one that was lost last first, and behind them those that programs have
-    /// left which have ended, the latest first.
+    /// The lost sounds in the order in which they are offered: the one that was lost last first,
+    /// then those that programs have left which have ended, the latest first, then those in whose
+    /// place others were restored.
     const std::vector<LostSound>& lost() const noexcept { return lost_; }
     void found(const std::vector<FoundCopy>& copies);
     /// Nobody wants the copy of that lost sound.
@@ -110,6 +115,7 @@ private:
     RescueKeeper* keeper_ = nullptr;
     std::vector<KnownSound> known_; ///< those that can be reached, and lost ones of this program
     std::vector<LostSound> lost_;
+    bool isRestoring_ = false;
 };
 
 } // namespace zemo::rescue

@@ -22,11 +22,12 @@ struct RescuedWindow : WindowUnderTest {
     platform::PosixFileOperations operations;
     platform::PosixFileSystem fileSystem;
 
-    explicit RescuedWindow(const QTemporaryDir& state, double rate = 48000.0)
+    explicit RescuedWindow(const QTemporaryDir& state, double rate = 48000.0,
+                           const rescue::RescueLimits& limits = {})
         : WindowUnderTest(rate) {
         platform::services().fileOperations = &operations;
         platform::services().fileSystem = &fileSystem;
-        delegate.keepRescueCopies(state.filePath("zemo/rescue").toStdString());
+        delegate.keepRescueCopies(state.filePath("zemo/rescue").toStdString(), limits);
     }
 
     template <typename Widget> Widget* find(const char* name) {

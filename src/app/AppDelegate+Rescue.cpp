@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "app/AppDelegate.h"
+#include "app/Languages.h"
 #include "files/RefusalReason.h"
 #include "playback/SharedState.h"
 
@@ -104,8 +105,10 @@ void AppDelegate::restoreRescued() {
     unsaved_.willRestore();
     if (place.file) {
         readBack(*place.file);
-    } else {
+    } else if (!place.sound.empty()) {
         putBack(place.sound);
+    } else { // somebody has taken it away
+        showResult(translated("The file cannot be read."));
     }
     if (rescue::SoundIdentity::now() != before) {
         unsaved_.restored(offer, soundBehindRevert());
@@ -118,7 +121,7 @@ void AppDelegate::restoreRescued() {
 
 /// What is not on the disk yet, or cannot be put there.
 void AppDelegate::putBack(const HeldSound& sound) {
-    if (!sound.empty()) {
+    {
         const SoundChange change(*this, SoundChange::Source::Revert);
         replaceBuffer(sound.block(), sound.count(), 0); // as what Revert brings back
     }

@@ -279,7 +279,7 @@ bool RescueFolder::isInPlace(const Descriptor& root) const {
 std::string RescueFolder::nameFor(const std::string& soundName) const {
     struct stat there {};
     const auto isFree = [&](const Name& name) { return !look(folder_, name, there); };
-    const Name name = isPartOfAFileName(soundName) ? soundName : "sound.caf";
+    Name name = isPartOfAFileName(soundName) ? soundName : "sound.caf";
     const bool isPlain = isCopyName(name) && name.size() > kExtension.size() &&
                          placeOfNumber(withoutExtension(name)) == std::string_view::npos;
     if (isPlain && isFree(name)) {

@@ -139,7 +139,7 @@ RescueKeeper::Place RescueKeeper::find(CopyNumber number) const {
     const auto folder = copy->folder;
     const std::string file = copy->file;
     lock.unlock(); // the disk may take its time
-    return {.file = folder->pathFor(file)};
+    return {.file = folder->copy(file) ? folder->pathFor(file) : std::nullopt};
 }
 
 bool RescueKeeper::isWritten(CopyNumber number) const {

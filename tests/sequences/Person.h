@@ -69,9 +69,9 @@ private:
 
     std::filesystem::path folder_;
     std::mt19937 random_;
-    WindowUnderTest zemo_;
     platform::PosixFileOperations operations_;
     platform::PosixFileSystem fileSystem_;
+    WindowUnderTest zemo_; ///< writes copies to the end
     UseModel model_;
     std::vector<std::filesystem::path> saved_;
     std::map<std::string, int> deeds_;

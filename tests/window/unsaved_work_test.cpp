@@ -52,7 +52,6 @@ std::string contentOf(const fs::path& file) {
 /// A disk that takes no file to its end until it is let go.
 class HeldUpDisk final : public platform::PosixFileOperations {
 public:
-    ~HeldUpDisk() override { isHeldUp = false; }
     int sync(int descriptor) override {
         while (isHeldUp && !platform::isStopRequested()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -227,8 +226,8 @@ private slots:
 
     void who_is_faster_than_the_disk_waits_or_cancels() {
         const QTemporaryDir state;
-        RescuedWindow zemo(state, 48000.0, {.mostHeldBytes = 1});
         HeldUpDisk disk;
+        RescuedWindow zemo(state, 48000.0, {.mostHeldBytes = 1});
         platform::services().fileOperations = &disk;
         zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
         zemo.resample();
@@ -250,13 +249,12 @@ private slots:
         zemo.resample();
         QCOMPARE(zemo.result(), QString("Done"));
         QTRY_COMPARE_WITH_TIMEOUT(soundsInCopies(state).size(), std::size_t{4}, kLong);
-        platform::services().fileOperations = &zemo.operations;
     }
 
     void a_lost_sound_that_is_not_on_the_disk_yet_is_restored_from_memory() {
         const QTemporaryDir state;
-        RescuedWindow zemo(state);
         HeldUpDisk disk;
+        RescuedWindow zemo(state);
         platform::services().fileOperations = &disk;
         zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
         zemo.resample();
@@ -271,13 +269,32 @@ private slots:
         disk.isHeldUp = false;
         QTRY_VERIFY_WITH_TIMEOUT(hasCopyOf(state, work), kLong);
         QCOMPARE(soundsInCopies(state).size(), std::size_t{1});
-        platform::services().fileOperations = &zemo.operations;
+    }
+
+    void an_offer_without_its_copy_says_so_and_can_be_discarded() {
+        const QTemporaryDir state;
+        RescuedWindow zemo(state);
+        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
+        zemo.resample();
+        const std::weak_ptr<float> work = heldSound();
+        zemo.delegate.openFileNamed(rawFile(state, "bell.f32", 0.5F));
+        const Sound bell = zemo.sound();
+        QTRY_VERIFY_WITH_TIMEOUT(work.expired(), kLong); // it is written then
+        const fs::path copy = zemo::test::rescueCopies(rootIn(state)).at(0);
+        fs::remove(copy);
+        fs::create_symlink(copy.parent_path() / ".lock", copy); // nor is a link to be followed
+        zemo.restore();
+        QCOMPARE(zemo.result(), QString("The file cannot be read."));
+        QCOMPARE(zemo.sound(), bell);
+        QVERIFY(zemo.isOffered());
+        zemo.discard();
+        QVERIFY(!zemo.isOffered());
     }
 
     void closing_waits_for_the_disk_and_asks_who_does_not() {
         const QTemporaryDir state;
-        RescuedWindow zemo(state);
         HeldUpDisk disk;
+        RescuedWindow zemo(state);
         platform::services().fileOperations = &disk;
         zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
         zemo.resample();
@@ -299,7 +316,6 @@ private slots:
         zemo.delegate.window->close();
         QTRY_VERIFY_WITH_TIMEOUT(!zemo.delegate.window->isVisible(), kLong);
         QCOMPARE(soundsInCopies(state).size(), std::size_t{1});
-        platform::services().fileOperations = &zemo.operations;
     }
 
     // Names --------------------------------------------------------------------------------------
@@ -496,9 +512,8 @@ private slots:
             fs::create_symlink(victim, copy);
         }
         zemo.resample();
-        QTest::qWait(500); // for the second copy
+        QTRY_VERIFY_WITH_TIMEOUT(hasCopyOf(state, zemo.sound()), kLong);
         QCOMPARE(contentOf(victim), std::string("dear diary"));
-        QVERIFY(hasCopyOf(state, zemo.sound()));
     }
 
     void a_folder_that_becomes_a_link_is_not_written_to() {
@@ -512,7 +527,7 @@ private slots:
         fs::rename(folder, folder.string() + "-moved");
         fs::create_directory_symlink(elsewhere.path().toStdString(), folder);
         zemo.resample();
-        QTest::qWait(500);
+        QTRY_VERIFY_WITH_TIMEOUT(hasCopyOf(state, zemo.sound()), kLong);
         QVERIFY(
             QDir(elsewhere.path())
                 .isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot));

@@ -72,7 +72,7 @@ public:
     /// it.
     void allowRemoval();
 
-    /// Where a sound is that was to be kept.
+    /// Where a sound is that was to be kept. Neither: there is no such copy any more.
     struct Place {
         HeldSound sound = {};                           ///< empty once the copy is written
         std::optional<std::filesystem::path> file = {}; ///< nothing before

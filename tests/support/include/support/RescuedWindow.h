@@ -17,11 +17,14 @@
 
 namespace zemo::test {
 
-/// The window with its rescue line, over the real disk.
-struct RescuedWindow : WindowUnderTest {
+struct RealDisk {
     platform::PosixFileOperations operations;
     platform::PosixFileSystem fileSystem;
+};
 
+/// The window with its rescue line, over the real disk. That goes last: copies may be written to
+/// the end.
+struct RescuedWindow : RealDisk, WindowUnderTest {
     explicit RescuedWindow(const QTemporaryDir& state, double rate = 48000.0,
                            const rescue::RescueLimits& limits = {})
         : WindowUnderTest(rate) {

@@ -72,6 +72,7 @@ std::vector<float> samplesIn(const fs::path& file, std::size_t count) {
 Person::Person(fs::path folder, std::uint32_t seed) : folder_(std::move(folder)), random_(seed) {
     platform::services().fileOperations = &operations_;
     platform::services().fileSystem = &fileSystem_;
+    zemo_.delegate.window->setUpdatesEnabled(false); // nobody looks, and drawing takes its time
     const fs::path root = folder_ / "zemo" / "rescue";
     for (const KeptSound& kept : keptSounds(root)) {
         model_.found(kept.print, kept.name);

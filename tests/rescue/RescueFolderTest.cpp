@@ -98,6 +98,18 @@ TEST_F(RescueFolders, AreMadeForTheUserAlone) {
     }
 }
 
+TEST_F(RescueFolders, AreMadeWithEveryFolderThatIsMissingAboveThem) {
+    const fs::path state = folder_ / "home" / ".local" / "state";
+    EXPECT_TRUE(RescueFolder::takeAbandoned(state / "zemo" / "rescue").empty());
+    EXPECT_FALSE(fs::exists(folder_ / "home")) << "looking makes none";
+    EXPECT_TRUE(RescueFolder::make(state / "zemo" / "rescue"));
+    for (const fs::path& path : {folder_ / "home", folder_ / "home" / ".local", state}) {
+        EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_all) << path;
+    }
+    write(folder_ / "file");
+    EXPECT_FALSE(RescueFolder::make(folder_ / "file" / "state" / "zemo" / "rescue"));
+}
+
 TEST_F(RescueFolders, AreNotMadeNowhere) {
     EXPECT_FALSE(RescueFolder::make({}));
     EXPECT_TRUE(RescueFolder::takeAbandoned({}).empty());
@@ -234,11 +246,13 @@ TEST_F(RescueFolders, ThatSomebodyElsePutThereStay) {
     leave("bell.caf");
     const fs::path mine = root_ / "mine";
     fs::create_directory(mine);
+    fs::create_directory(root_ / "my_Own"); // as long as ours, but for its letters
     fs::create_directory(root_ / "myOwn1");
     write(root_ / "myOwn1" / "bell.caf"); // without a lock
     write(root_ / "notes.caf");
     EXPECT_EQ(RescueFolder::takeAbandoned(root_).size(), 1U);
     EXPECT_TRUE(fs::exists(mine)); // no name of ours, though it is empty
+    EXPECT_TRUE(fs::exists(root_ / "my_Own"));
     EXPECT_EQ(copies().size(), 3U);
 }
 

@@ -242,6 +242,24 @@ TEST_F(RescueKeepers, ForgetAFailureThatIsDropped) {
     EXPECT_TRUE(isRootEmpty());
 }
 
+TEST_F(RescueKeepers, FindNothingWhereTheCopyIsGoneOrALink) {
+    start();
+    const CopyNumber number = keep(1);
+    finish();
+    const fs::path file = *keeper_->find(number).file;
+    fs::rename(file, folder_ / "moved.caf");
+    EXPECT_EQ(keeper_->find(number).file, std::nullopt);
+    fs::create_symlink(folder_ / "moved.caf", file);
+    EXPECT_EQ(keeper_->find(number).file, std::nullopt);
+    EXPECT_TRUE(keeper_->find(number).sound.empty());
+    EXPECT_EQ(keeper_->find(12345).file, std::nullopt);
+    EXPECT_FALSE(keeper_->isWritten(12345));
+    keeper_->drop(12345);
+    keeper_->setLost(12345, true);
+    finish();
+    EXPECT_TRUE(fs::exists(folder_ / "moved.caf"));
+}
+
 TEST_F(RescueKeepers, MakeAnotherFolderWhereTheirsWasMovedAway) {
     start();
     keep(1);

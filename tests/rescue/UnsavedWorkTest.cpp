@@ -448,6 +448,19 @@ TEST_F(UnsavedSounds, WhatCannotBeKeptIsNamedTheSoundItselfFirst) {
     platform::services().fileOperations = &operations_;
 }
 
+TEST_F(UnsavedSounds, OfWhatNobodyToldAreNamelessAndStillKept) {
+    makeSound(100, 1);
+    save();
+    EXPECT_EQ(work_.name(), "") << "it is not known by that";
+    scaleInACopy(2);
+    EXPECT_FALSE(work_.isUnsaved());
+    transform(3);
+    EXPECT_EQ(work_.name(), "");
+    EXPECT_TRUE(work_.isUnsaved());
+    EXPECT_EQ(kept(), Samples({3}));
+    EXPECT_EQ(copies().at(0).filename(), "sound.caf");
+}
+
 TEST_F(UnsavedSounds, AreToldFromEachOtherAlsoAtTheSameAddress) {
     makeSound(100, 1.0F);
     const float* const address = fBuffer.load();

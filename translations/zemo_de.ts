@@ -974,6 +974,38 @@ Hält einen Klang, spielt ihn ab und formt ihn um.</translation>
         <source>No rescue copy of the sound can be kept: save it to be safe</source>
         <translation>Es kann keine Rettungskopie des Klangs angelegt werden: zur Sicherheit speichern</translation>
     </message>
+    <message>
+        <source>%1 was not saved (1 of %2)</source>
+        <translation>%1 wurde nicht gespeichert (1 von %2)</translation>
+    </message>
+    <message>
+        <source>Close ZEMO</source>
+        <translation>ZEMO schließen</translation>
+    </message>
+    <message>
+        <source>If you close without saving, it is lost.</source>
+        <translation>Beim Schließen ohne Speichern geht der Klang verloren.</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>Close Without Saving</source>
+        <translation>Ohne Speichern schließen</translation>
+    </message>
+    <message>
+        <source>Writing rescue copies…</source>
+        <translation>Rettungskopien werden geschrieben&#xa0;…</translation>
+    </message>
+    <message>
+        <source>The rescue copies take up too much disk space: the next one will remove the oldest, %1 first. Restore and save what you still need.</source>
+        <translation>Die Rettungskopien belegen zu viel Platz: die nächste verdrängt die ältesten, zuerst %1. Wiederherstellen und speichern, was noch gebraucht wird.</translation>
+    </message>
+    <message>
+        <source>%1 was not saved, and no rescue copy of it could be kept.</source>
+        <translation>%1 wurde nicht gespeichert, und es konnte keine Rettungskopie davon angelegt werden.</translation>
+    </message>
 </context>
 <context>
     <name>zemo::ManualWindow</name>

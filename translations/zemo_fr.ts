@@ -756,7 +756,7 @@ L’application va quitter</translation>
     </message>
     <message>
         <source>Make this the sound; the copy stays until you save it</source>
-        <translation>Reprendre ce son ; la copie reste jusqu’à son enregistrement</translation>
+        <translation>Reprendre ce son&#xa0;; la copie reste jusqu’à son enregistrement</translation>
     </message>
     <message>
         <source>Discard</source>
@@ -968,11 +968,43 @@ Contient un son, le joue et le transforme.</translation>
     </message>
     <message>
         <source>Not saved last time: %1 (%2, %3)</source>
-        <translation>Non enregistré la dernière fois : %1 (%2, %3)</translation>
+        <translation>Non enregistré la dernière fois&#xa0;: %1 (%2, %3)</translation>
     </message>
     <message>
         <source>No rescue copy of the sound can be kept: save it to be safe</source>
-        <translation>Aucune copie de secours du son ne peut être gardée : enregistrez-le par sécurité</translation>
+        <translation>Aucune copie de secours du son ne peut être gardée&#xa0;: enregistrez-le par sécurité</translation>
+    </message>
+    <message>
+        <source>%1 was not saved (1 of %2)</source>
+        <translation>%1 n’a pas été enregistré (1 sur %2)</translation>
+    </message>
+    <message>
+        <source>Close ZEMO</source>
+        <translation>Fermer ZEMO</translation>
+    </message>
+    <message>
+        <source>If you close without saving, it is lost.</source>
+        <translation>Si vous fermez sans enregistrer, ce son est perdu.</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Enregistrer</translation>
+    </message>
+    <message>
+        <source>Close Without Saving</source>
+        <translation>Fermer sans enregistrer</translation>
+    </message>
+    <message>
+        <source>Writing rescue copies…</source>
+        <translation>Écriture des copies de secours…</translation>
+    </message>
+    <message>
+        <source>The rescue copies take up too much disk space: the next one will remove the oldest, %1 first. Restore and save what you still need.</source>
+        <translation>Les copies de secours prennent trop de place&#xa0;: la prochaine supprimera les plus anciennes, %1 en premier. Restaurez et enregistrez ce dont vous avez besoin.</translation>
+    </message>
+    <message>
+        <source>%1 was not saved, and no rescue copy of it could be kept.</source>
+        <translation>%1 n’a pas été enregistré, et aucune copie de secours n’a pu en être gardée.</translation>
     </message>
 </context>
 <context>

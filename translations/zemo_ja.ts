@@ -974,6 +974,38 @@ Holds one sound, plays it and rewrites it.</source>
         <source>No rescue copy of the sound can be kept: save it to be safe</source>
         <translation>サウンドの救出用コピーを残せません。念のため保存してください</translation>
     </message>
+    <message>
+        <source>%1 was not saved (1 of %2)</source>
+        <translation>%1 は保存されませんでした（%2 件中 1 件目）</translation>
+    </message>
+    <message>
+        <source>Close ZEMO</source>
+        <translation>ZEMO を閉じる</translation>
+    </message>
+    <message>
+        <source>If you close without saving, it is lost.</source>
+        <translation>保存せずに閉じると、このサウンドは失われます。</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>保存</translation>
+    </message>
+    <message>
+        <source>Close Without Saving</source>
+        <translation>保存せずに閉じる</translation>
+    </message>
+    <message>
+        <source>Writing rescue copies…</source>
+        <translation>救出用コピーを書き込んでいます…</translation>
+    </message>
+    <message>
+        <source>The rescue copies take up too much disk space: the next one will remove the oldest, %1 first. Restore and save what you still need.</source>
+        <translation>救出用コピーがディスクの容量を使いすぎています。次のコピーを残すときに、%1 から順に古いものが削除されます。必要なものは復元して保存してください。</translation>
+    </message>
+    <message>
+        <source>%1 was not saved, and no rescue copy of it could be kept.</source>
+        <translation>%1 は保存されておらず、救出用コピーも残せませんでした。</translation>
+    </message>
 </context>
 <context>
     <name>zemo::ManualWindow</name>

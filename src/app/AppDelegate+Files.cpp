@@ -67,12 +67,12 @@ void AppDelegate::OpenDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::openChosenFile(const QString& path, Level level) {
-    if (work_.isBusy()) {
+    if (work_.isBusy() || !awaitRescueCopies()) {
         return;
     }
     work_.setDescription(tr("Opening %1…").arg(shownFileName(path)));
     const FileUrl url(absoluteBytesOf(path));
-    SoundChange change(*this, SoundChange::Source::File);
+    SoundChange change(*this, SoundChange::Source::File, path);
     const OpenResult result = openByExtension(url, swapRaw);
     if (result.cancelled) {
         showResult(tr("Cancelled"));
@@ -101,12 +101,12 @@ void AppDelegate::classicOpenDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::openChosenRawFile(const QString& path) {
-    if (work_.isBusy()) {
+    if (work_.isBusy() || !awaitRescueCopies()) {
         return;
     }
     work_.setDescription(tr("Opening %1…").arg(shownFileName(path)));
     const std::string file = absoluteBytesOf(path);
-    SoundChange change(*this, SoundChange::Source::File);
+    SoundChange change(*this, SoundChange::Source::File, path);
     const char* const status = openFile(file.c_str(), swapRaw);
     if (status == kReadingCancelled) {
         showResult(tr("Cancelled"));
@@ -129,22 +129,31 @@ void AppDelegate::SaveAsAudioDialog(QObject* /*sender*/) {
     if (fBuffersize.load() == 0) {
         return;
     }
+    openSavePanel(HeldSound::take(), unsaved_.name(), [] {});
+}
+
+void AppDelegate::openSavePanel(const HeldSound& sound, const std::string& name,
+                                const std::function<void()>& whenSaved) {
     auto* const panel = new SavePanel(window, tr("Save As"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setAllowedFileTypes({"caf", "CAF", "aif", "AIF"});
-    connect(panel, &QDialog::finished, this, [this, panel, sound = HeldSound::take()](int result) {
+    panel->suggestName(shownFileName(pathFromBytes(name)));
+    connect(panel, &QDialog::finished, this, [this, panel, sound, whenSaved](int result) {
         if (result == QDialog::Accepted) {
             panel->hide();
-            onceClosed(
-                [this, path = panel->selectedFiles().value(0), sound] { saveHeld(path, sound); });
+            onceClosed([this, path = panel->selectedFiles().value(0), sound, whenSaved] {
+                if (saveHeld(path, sound)) {
+                    whenSaved();
+                }
+            });
         }
     });
     panel->open();
 }
 
-void AppDelegate::saveHeld(const QString& path, const HeldSound& sound) {
+bool AppDelegate::saveHeld(const QString& path, const HeldSound& sound) {
     if (work_.isBusy()) {
-        return;
+        return false;
     }
     const QString name = QFileInfo(path).fileName();
     work_.setDescription(tr("Saving %1…").arg(name));
@@ -152,9 +161,12 @@ void AppDelegate::saveHeld(const QString& path, const HeldSound& sound) {
     trace().log(platform::format("%uc", saved ? 1U : 0U));
     trace().log("no_err"); // whatever the result
     if (saved) {
-        unsaved_.saved(sound);
+        unsaved_.saved(sound, bytesOfPath(name));
+        showName();
+        offerRescued();
     }
     showResult(saved ? tr("Saved as %1").arg(name) : tr("%1 was not saved").arg(name));
+    return saved;
 }
 
 /// The first line of a raw file may read like a refusal.
@@ -165,7 +177,6 @@ void AppDelegate::describeSound(const QString& path, const std::string& status, 
         explainRefusal(path, absoluteBytesOf(path));
         return;
     }
-    soundName_->setText(fBuffersize.load() > 0 ? name : tr("No sound"));
     describeLength();
     showResult(translated(printable(status)));
 }

@@ -44,19 +44,18 @@ void AppDelegate::ImportDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::importFile(const QString& path) {
-    if (work_.isBusy()) {
+    if (work_.isBusy() || !awaitRescueCopies()) {
         return;
     }
     const QString name = shownFileName(path);
     work_.setDescription(tr("Importing %1…").arg(name));
-    const SoundChange change(*this, SoundChange::Source::File);
+    const SoundChange change(*this, SoundChange::Source::File, path);
     const auto imported = importSound(urlOf(path));
     messages_.drain(*this);
     if (!imported) {
         describeFailure(imported.error());
         return;
     }
-    soundName_->setText(name);
     describeLength();
     const SoundFileDescription& source = imported.value().source;
     const QLocale locale;
@@ -75,6 +74,7 @@ void AppDelegate::ExportDialog(QObject* /*sender*/) {
     auto* const panel = new SavePanel(window, tr("Export Audio"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setAllowedFileTypes({"wav", "WAV", "flac", "FLAC"});
+    panel->suggestName(shownFileName(pathFromBytes(unsaved_.name())));
     panel->setLabelText(QFileDialog::Accept, tr("Export"));
     connect(panel, &QFileDialog::fileSelected, this,
             [this](const QString& path) { onceClosed([this, path] { exportFile(path); }); });
@@ -94,7 +94,9 @@ void AppDelegate::exportFile(const QString& path) {
         return;
     }
     if (isExactExport(path)) {
-        unsaved_.saved(sound);
+        unsaved_.exported(sound);
+        showName();
+        offerRescued();
     }
     const std::int64_t clipped = exported.value().clipped;
     const QString what =

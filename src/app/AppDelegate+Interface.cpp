@@ -38,6 +38,7 @@ bool AppDelegate::loadMainWindow() {
     connectActions();
     connectViews();
     connectRescueLine();
+    window->installEventFilter(this); // before the work's, which is asked first then
     work_.setWindow(window);
     platform::services().longWork = &work_;
     styleWindow();

@@ -3,21 +3,18 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QPushButton>
-#include <iterator>
 #include <utility>
 
 #include "app/AppDelegate.h"
+#include "app/Languages.h"
 #include "files/RefusalReason.h"
+#include "playback/SharedState.h"
 
 namespace zemo {
 namespace {
 
-QString pathOf(const rescue::RescueFolder& folder) {
-    return QFile::decodeName(folder.copy().c_str());
-}
-
-QDateTime timeOf(const rescue::RescueFolder& folder) {
-    return QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(folder.time()));
+QDateTime localTime(std::chrono::system_clock::time_point time) {
+    return QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(time));
 }
 
 } // namespace
@@ -32,80 +29,150 @@ void AppDelegate::connectRescueLine() {
     rescueLine_->hide();
     connect(restoreButton_, &QPushButton::clicked, this, &AppDelegate::restoreRescued);
     connect(discardButton_, &QPushButton::clicked, this, &AppDelegate::discardRescued);
+    restoreButton_->installEventFilter(this);
+    discardButton_->installEventFilter(this);
 }
 
-void AppDelegate::keepRescueCopies(const std::filesystem::path& root) {
-    // A list in a function must be one that can be copied.
-    const auto found = [this](std::vector<rescue::RescueFolder> folders) {
-        const auto list = std::make_shared<std::vector<rescue::RescueFolder>>(std::move(folders));
-        QMetaObject::invokeMethod(
-            this, [this, list] { takeRescued(std::move(*list)); }, Qt::QueuedConnection);
+void AppDelegate::keepRescueCopies(const std::filesystem::path& root,
+                                   const rescue::RescueLimits& limits) {
+    const auto later = [this](auto action) {
+        QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
     };
-    const auto kept = [this](bool isKept) {
-        QMetaObject::invokeMethod(
-            this, [this, isKept] { showRescueState(isKept); }, Qt::QueuedConnection);
+    const auto found = [this, later](std::vector<rescue::FoundCopy> copies) {
+        later([this, copies = std::move(copies)] {
+            unsaved_.found(copies);
+            offerRescued();
+        });
+    };
+    const auto changed = [this, later](const rescue::KeeperState& state) {
+        later([this, state] { showRescueState(state); });
+    };
+    const auto gone = [this, later](rescue::CopyNumber copy) {
+        later([this, copy] {
+            unsaved_.forget(copy);
+            offerRescued();
+        });
     };
     keeper_ = std::make_unique<rescue::RescueKeeper>(
-        root, rescue::RescueEvents{.found = found, .kept = kept});
+        root, rescue::RescueEvents{.found = found, .changed = changed, .gone = gone}, limits);
     fatalEnd_ = std::make_unique<rescue::FatalEnd>(*keeper_);
     unsaved_.keepWith(*keeper_);
 }
 
-void AppDelegate::takeRescued(std::vector<rescue::RescueFolder> found) {
-    rescued_ = std::move(found);
-    offerRescued();
+QString AppDelegate::titleOf(const std::string& soundName) {
+    return QFileInfo(shownFileName(pathFromBytes(soundName))).completeBaseName();
+}
+
+// Offers ------------------------------------------------------------------------------------------
+
+QString AppDelegate::offerText() const {
+    const auto& lost = unsaved_.lost();
+    const rescue::LostSound& first = lost.front();
+    const QLocale locale;
+    if (first.leftAt) {
+        const QDateTime written = localTime(*first.leftAt);
+        return tr("Not saved last time: %1 (%2, %3)")
+            .arg(titleOf(first.name), locale.toString(written.date(), QLocale::ShortFormat),
+                 written.toString("HH:mm"));
+    }
+    const auto count = static_cast<qlonglong>(lost.size());
+    return count == 1
+               ? tr("%1 was not saved").arg(titleOf(first.name))
+               : tr("%1 was not saved (1 of %2)").arg(titleOf(first.name), locale.toString(count));
 }
 
 /// One after the other, so that it is one line.
 void AppDelegate::offerRescued() {
-    rescueLine_->setVisible(!rescued_.empty());
-    if (rescued_.empty()) {
-        return;
+    const bool isOffer = !unsaved_.lost().empty();
+    const QString text = isOffer ? offerText() : QString();
+    if (rescueText_->text() != text) {
+        rescueText_->setText(text);
+        if (isOffer) {
+            announcer_->say(text);
+        }
     }
-    const QString name = QFileInfo(pathOf(rescued_.front())).completeBaseName();
-    const QLocale locale;
-    const QDateTime written = timeOf(rescued_.front());
-    rescueText_->setText(tr("Not saved last time: %1 (%2, %3)")
-                             .arg(name, locale.toString(written.date(), QLocale::ShortFormat),
-                                  written.toString("HH:mm")));
-    announcer_->say(rescueText_->text());
+    rescueLine_->setVisible(isOffer);
 }
 
-rescue::RescueFolder AppDelegate::takeFirstRescued() {
-    rescue::RescueFolder first = std::move(rescued_.front());
-    rescued_.erase(rescued_.begin());
-    return first;
+void AppDelegate::restoreRescued() {
+    if (work_.isBusy() || unsaved_.lost().empty() || !awaitRescueCopies() ||
+        unsaved_.lost().empty()) {
+        return;
+    }
+    const rescue::LostSound offer = unsaved_.lost().front();
+    const rescue::RescueKeeper::Place place = keeper_->find(offer.copy);
+    const auto before = rescue::SoundIdentity::now();
+    unsaved_.willRestore();
+    if (place.file) {
+        readBack(*place.file);
+    } else if (!place.sound.empty()) {
+        putBack(place.sound);
+    } else { // somebody has taken it away
+        showResult(translated("The file cannot be read."));
+    }
+    if (rescue::SoundIdentity::now() != before) {
+        unsaved_.restored(offer, soundBehindRevert());
+        showName();
+        offerRescued();
+    } else {
+        unsaved_.notRestored();
+    }
+}
+
+/// What is not on the disk yet, or cannot be put there.
+void AppDelegate::putBack(const HeldSound& sound) {
+    {
+        const SoundChange change(*this, SoundChange::Source::Revert);
+        replaceBuffer(sound.block(), sound.count(), 0); // as what Revert brings back
+    }
+    messages_.drain(*this);
+    describeTransformation(std::nullopt);
 }
 
 /// As it was, however loud, or by Import where the output runs at another rate than it did then.
-void AppDelegate::restoreRescued() {
-    if (work_.isBusy() || rescued_.empty()) {
-        return;
-    }
-    const QString path = pathOf(rescued_.front());
-    const auto before = rescue::SoundIdentity::now();
-    if (refusalReason(FileUrl(rescued_.front().copy())).kind == RefusalReason::Kind::Rate) {
+void AppDelegate::readBack(const std::filesystem::path& file) {
+    const QString path = pathFromBytes(file.native());
+    if (refusalReason(FileUrl(file)).kind == RefusalReason::Kind::Rate) {
         importFile(path);
     } else {
         openChosenFile(path, Level::Exact);
     }
-    if (rescue::SoundIdentity::now() != before) {
-        unsaved_.restored(takeFirstRescued());
-        offerRescued();
-    }
 }
 
 void AppDelegate::discardRescued() {
-    if (!work_.isBusy() && !rescued_.empty()) {
-        keeper_->discard(takeFirstRescued());
+    if (!work_.isBusy() && !unsaved_.lost().empty()) {
+        unsaved_.discard(unsaved_.lost().front().copy);
         offerRescued();
     }
 }
 
-void AppDelegate::showRescueState(bool isKept) {
-    rescueNotice_ =
-        isKept ? QString() : tr("No rescue copy of the sound can be kept: save it to be safe");
+bool AppDelegate::awaitRescueCopies() {
+    if (keeper_ == nullptr || !keeper_->isBehind()) {
+        return true;
+    }
+    work_.setDescription(tr("Writing rescue copies…"));
+    const bool done = platform::runLongWork([this] { keeper_->awaitRoom(); });
+    if (!done) {
+        showResult(tr("Cancelled"));
+    }
+    return done;
+}
+
+void AppDelegate::showRescueState(const rescue::KeeperState& state) {
+    QStringList notices;
+    if (state.isFailing) {
+        notices += tr("No rescue copy of the sound can be kept: save it to be safe");
+    }
+    if (!state.firstToGo.empty()) {
+        notices += tr("The rescue copies take up too much disk space: the next one will remove the "
+                      "oldest, %1 first. Restore and save what you still need.")
+                       .arg(titleOf(state.firstToGo));
+    }
+    rescueNotice_ = notices.join("\n");
     showNotice();
+    if (!state.firstToGo.empty()) {
+        keeper_->allowRemoval();
+    }
 }
 
 } // namespace zemo

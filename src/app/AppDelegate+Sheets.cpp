@@ -173,6 +173,9 @@ void AppDelegate::transform(const Refusal& refusal,
         return;
     }
     Refusal reason = refusal;
+    if (!reason && !awaitRescueCopies()) {
+        return;
+    }
     if (!reason) {
         fallIdle();
         work_.setDescription(tr("Transforming the sound…"));
@@ -246,10 +249,9 @@ void AppDelegate::modulateAmplitude(int segment) {
             return ssbmBuffer(false, amcfvalue, amindexvalue, &ustruct);
         case 2:
             return ssbmBuffer(true, amcfvalue, amindexvalue, &ustruct);
-        default: // nothing is modulated, but the copy is taken
-            return make_revert(ustruct, fBuffer.load(), fBuffersize.load())
-                       ? Refusal()
-                       : Refusal(outOfMemory());
+        default: // nothing is modulated, but the copy is taken: the very sound, by the same name
+            make_revert(ustruct, heldSound(), fBuffersize.load());
+            return std::nullopt;
         }
     });
 }
@@ -389,7 +391,7 @@ void AppDelegate::hdSheetDidEnd(QDialog* /*sheet*/, int /*returnCode*/, void* /*
 
 void AppDelegate::revertAction(QObject* /*sender*/) {
     if (ustruct.bufsize > 0 && !work_.isBusy()) {
-        const SoundChange change(*this, SoundChange::Source::Work);
+        const SoundChange change(*this, SoundChange::Source::Revert);
         revert(ustruct);
         messages_.drain(*this);
         describeTransformation(std::nullopt);

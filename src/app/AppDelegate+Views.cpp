@@ -7,6 +7,7 @@
 #include "files/RefusalReason.h"
 #include "interface/FileNames.h"
 #include "interface/SoundRuler.h"
+#include "platform/OutOfMemory.h"
 #include "playback/SharedState.h"
 
 namespace zemo {
@@ -29,27 +30,42 @@ void AppDelegate::connectViews() {
     announcer_ = new Announcer(window);
 }
 
-AppDelegate::SoundChange::SoundChange(AppDelegate& delegate, Source source)
-    : delegate_(delegate), source_(source) {
+AppDelegate::SoundChange::SoundChange(AppDelegate& delegate, Source source, const QString& path)
+    : delegate_(delegate),
+      source_(source),
+      name_(bytesOfPath(path.mid(path.lastIndexOf('/') + 1))) {
     delegate_.soundWillChange();
 }
 
 AppDelegate::SoundChange::~SoundChange() {
     delegate_.soundDidChange();
-    const std::string name = QFile::encodeName(delegate_.soundName_->text()).toStdString();
-    if (source_ == Source::File) {
-        delegate_.unsaved_.opened(before_);
-    } else if (source_ == Source::Scaling) {
-        delegate_.unsaved_.scaled(before_, name);
-    } else {
-        delegate_.unsaved_.changed(before_, name);
+    platform::unlessOutOfMemory([this] { tell(); },
+                                [this] { delegate_.showRescueState({.isFailing = true}); });
+    delegate_.showName();
+    delegate_.offerRescued();
+}
+
+void AppDelegate::SoundChange::tell() {
+    const rescue::SoundIdentity reverted = delegate_.soundBehindRevert();
+    switch (source_) {
+    case Source::File:
+        return delegate_.unsaved_.opened(before_, reverted, name_);
+    case Source::Scaling:
+        return delegate_.unsaved_.scaled(before_, reverted);
+    case Source::Work:
+        return delegate_.unsaved_.transformed(before_, reverted);
+    case Source::Revert:
+        return delegate_.unsaved_.exchanged(reverted);
     }
 }
 
 void AppDelegate::SoundChange::scalingFollows() {
-    delegate_.unsaved_.opened(before_);
+    tell();
     before_ = rescue::SoundIdentity::now();
     source_ = Source::Scaling;
+    if (delegate_.unsaved_.isUnsaved()) {
+        unscaled_ = HeldSound::take();
+    }
 }
 
 void AppDelegate::soundWillChange() {
@@ -96,6 +112,19 @@ void AppDelegate::showPlayhead() {
         soundView->setPlayhead(bufferPlayer.readPosition.load());
         playheadMoved_.start();
     }
+}
+
+/// A sound that nobody told of leaves the name as it is.
+void AppDelegate::showName() {
+    const QString name = shownFileName(pathFromBytes(unsaved_.name()));
+    const bool isSound = fBuffersize.load() > 0;
+    if (isSound && name.isEmpty()) {
+        return;
+    }
+    soundName_->setText(isSound ? name : tr("No sound"));
+    const QString shown = QString(name).replace("[*]", "[*][*]"); // the mark's place, escaped
+    window->setWindowTitle(isSound ? shown + "[*] – ZEMO" : "ZEMO");
+    window->setWindowModified(unsaved_.isUnsaved());
 }
 
 void AppDelegate::showResult(const QString& text) {

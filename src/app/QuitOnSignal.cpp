@@ -6,7 +6,6 @@
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
-#include <QWidget>
 #include <atomic>
 #include <initializer_list>
 
@@ -37,15 +36,15 @@ void handle(void (*handler)(int), int flags) {
 
 } // namespace
 
-QuitOnSignal::QuitOnSignal(QWidget* window) {
+QuitOnSignal::QuitOnSignal(const std::function<void()>& close) {
     if (::pipe2(ends_, O_CLOEXEC | O_NONBLOCK) != 0) {
         return; // a signal ends the process at once then, as it does any other
     }
     writeEnd = ends_[1];
     auto* const notifier = new QSocketNotifier(ends_[0], QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, [window, notifier] {
+    connect(notifier, &QSocketNotifier::activated, this, [close, notifier] {
         notifier->setEnabled(false);
-        window->close();          // which cancels long work
+        close();
         QCoreApplication::quit(); // also where a panel or the manual is still open
     });
     handle(takeSignal, static_cast<int>(SA_RESETHAND) | SA_RESTART);

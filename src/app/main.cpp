@@ -69,15 +69,13 @@ int runWindow(const QApplication& application, char** words) {
         trace.printError("zemo: the main window's interface file is broken.\n");
         return EXIT_FAILURE;
     }
-    const zemo::QuitOnSignal quitOnSignal(delegate.window);
+    const zemo::QuitOnSignal quitOnSignal([&delegate] { delegate.closeWithoutAsking(); });
     zemo::showFirstFrame(*delegate.window);
     // Only now: the servers of sound and MIDI may take their time to answer.
     auto midi = zemo::platform::makeLinuxMidi();
     zemo::platform::services().midi = midi.get();
     delegate.applicationDidFinishLaunching();
-    if (const auto root = zemo::rescue::rescueRoot()) {
-        delegate.keepRescueCopies(*root);
-    }
+    delegate.keepRescueCopies(zemo::rescue::rescueRoot().value_or("")); // none: none can be kept
     if (application.arguments().size() > 1) {
         delegate.openAnyFile(zemo::pathFromBytes(words[1]));
     }

@@ -16,6 +16,15 @@ void SavePanel::setAllowedFileTypes(const QStringList& extensions) {
     setDefaultSuffix(extensions.value(0));
 }
 
+void SavePanel::suggestName(const QString& soundName) {
+    const QFileInfo file(soundName);
+    if (allowedFileTypes_.contains(file.suffix())) {
+        selectFile(soundName);
+    } else if (!file.completeBaseName().isEmpty()) {
+        selectFile(file.completeBaseName() + "." + allowedFileTypes_.value(0));
+    }
+}
+
 void SavePanel::accept() {
     const QString file = selectedFiles().value(0);
     const bool isFolder = QFileInfo(file).isDir();

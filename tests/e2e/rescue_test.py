@@ -8,11 +8,13 @@ import audio
 import case
 from servers import wait_for
 from sheets_test import RATE, SheetCase
-from window import press_keys
+from window import is_visible, press_keys
 
 setUpModule = case.start_desktop
 
 OFFER = re.compile(r"Not saved last time: (.*) \(.*, \d\d:\d\d\)")
+CLOSE = "Close ZEMO"
+NO_COPY = "No rescue copy of the sound can be kept: save it to be safe"
 MODULATION = "Amplitude and Single-Sideband Modulation"
 STEP = ("am", "300", "0.5")
 
@@ -37,11 +39,17 @@ class RescueCase(SheetCase):
         self.press(sheet, "AM")
         self.confirm(sheet, MODULATION)
 
+    def open_other(self):
+        """Another sound, of the same name in another folder or not."""
+        other = audio.write_caf(self.path("other.caf"), RATE, audio.noise(RATE // 8, seed=4))
+        self.window.open(other)
+        self.window.wait_for_label("other.caf")
+
     def copies(self):
         return sorted((self.state / "zemo" / "rescue").glob("*/*.caf"))
 
-    def wait_for_copy(self):
-        return wait_for(self.copies, "the rescue copy is there")[0]
+    def wait_for_copy(self, count=1):
+        return wait_for(lambda: self.copies()[count - 1:], f"{count} rescue copies are there")[0]
 
     def end(self, number=None):
         """Ends the program by a signal, or by its own Quit."""
@@ -125,6 +133,123 @@ class Ends(RescueCase):
         self.window.find("push button", "OK", self.window.alert("ZEMO: Error:")).press()
         self.assertEqual(self.program.status(), 1)
         self.assert_restores_the_work()
+
+
+class Lost(RescueCase):
+    """What a user cannot reach any more is offered at once, and after a kill."""
+
+    def kill(self):
+        self.assertEqual(self.end(signal.SIGKILL), -signal.SIGKILL)
+
+    def test_work_before_another_file_survives_two_reverts_and_a_kill(self):
+        self.start_with_sound()
+        self.modulate()
+        self.open_other()
+        self.window.wait_for_label("noise was not saved")
+        press_keys("ctrl+z")
+        self.window.wait_for_label("noise.caf")
+        press_keys("ctrl+z")
+        self.window.wait_for_label("other.caf")
+        self.wait_for_copy()
+        self.kill()
+        self.assert_restores_the_work()
+
+    def test_two_works_survive_a_kill(self):
+        self.start_with_sound()
+        self.modulate()
+        self.open_other()
+        self.modulate()
+        self.wait_for_copy(2)
+        self.kill()
+        self.start()
+        self.wait_for_offer("other")
+        self.window.button("Discard").press()
+        self.wait_for_offer()
+        self.window.button("Restore").press()
+        self.window.wait_for_label("noise.caf")
+        self.assert_saves_what_batch_makes(*STEP)
+
+    def test_work_is_offered_when_an_open_empties_the_window(self):
+        self.start_with_sound()
+        self.modulate()
+        self.path("three.f32").write_bytes(b"abc")
+        self.window.open(self.path("three.f32"))
+        self.window.wait_for_label("No sound")
+        self.window.wait_for_label("noise was not saved")
+        self.window.button("Restore").press()
+        self.window.wait_for_label("noise.caf")
+        self.assert_saves_what_batch_makes(*STEP)
+
+    def test_the_title_has_the_name_and_the_mark(self):
+        self.start_with_sound()
+        wait_for(lambda: is_visible("noise.caf – ZEMO"), "the title has the name")
+        self.modulate()
+        wait_for(lambda: is_visible(r"noise.caf\* – ZEMO"), "the title has the mark")
+        self.save("saved.caf")
+        wait_for(lambda: is_visible("saved.caf – ZEMO"), "the title has the file's name")
+
+    def test_save_as_suggests_the_name(self):
+        self.start_with_sound()
+        self.modulate()
+        self.open_other()
+        press_keys("ctrl+z")
+        self.window.wait_for_label("noise.caf")
+        self.window.choose("Save As…")
+        panel = self.window.dialog("Save As")
+        field = self.window.find("text", "File name:", panel)
+        wait_for(lambda: field.text() == "noise.caf", "the sound's own name is suggested")
+
+
+class Closing(RescueCase):
+    """It asks where no copy could be kept, and nowhere else."""
+
+    def setUp(self):
+        super().setUp()
+        self.state.mkdir()
+        (self.state / "zemo").write_text("in the way", encoding="utf-8")
+
+    def start_with_work(self):
+        self.start_with_sound()
+        self.modulate()
+        wait_for(lambda: any(NO_COPY in label for label in self.window.labels()),
+                 "the window says that no copy can be kept")
+
+    def close_and_answer(self, button):
+        press_keys("ctrl+q")
+        question = self.window.alert(CLOSE)
+        self.window.find("push button", button, question).press()
+
+    def test_cancel_leaves_the_window_as_it_was(self):
+        self.start_with_work()
+        self.close_and_answer("Cancel")
+        self.window.wait_until_closed(CLOSE, role="alert")
+        self.assert_saves_what_batch_makes(*STEP)
+        self.assertEqual(self.end(), 0)
+
+    def test_close_without_saving_closes(self):
+        self.start_with_work()
+        self.close_and_answer("Close Without Saving")
+        self.assertEqual(self.program.status(), 0)
+
+    def test_save_saves_and_closes(self):
+        self.start_with_work()
+        self.close_and_answer("Save")
+        panel = self.window.dialog("Save As")
+        field = self.window.find("text", "File name:", panel)
+        self.assertEqual(field.text(), "noise.caf")
+        field.write(str(self.path("kept.caf")))
+        wait_for(lambda: field.text() == str(self.path("kept.caf")), "the path is in the panel")
+        self.window.find("push button", "Save", panel).press()
+        self.assertEqual(self.program.status(), 0)
+        self.assertEqual(self.path("kept.caf").read_bytes(), self.batch("made.caf", *STEP))
+
+    def test_a_sound_that_was_only_opened_is_not_asked_about(self):
+        self.start_with_sound()
+        self.assertEqual(self.end(), 0)
+
+    def test_a_request_to_end_is_not_answered_by_a_question(self):
+        self.start_with_work()
+        self.assertEqual(self.end(signal.SIGTERM), 128 + signal.SIGTERM)
 
 
 class Offer(RescueCase):

@@ -29,9 +29,17 @@ class Photographer:
         self._directory = directory
         directory.mkdir(parents=True, exist_ok=True)
 
-    def launch(self, *arguments):
-        program = Program(self._desktop, *arguments, environment=self._server.environment)
+    def launch(self, *arguments, environment=None):
+        program = Program(self._desktop, *arguments,
+                          environment=self._server.environment | (environment or {}))
         return program, Window(program)
+
+    @staticmethod
+    def resample(window):
+        window.choose("Resample…")
+        window.find("push button", "OK", window.dialog("Resample")).press()
+        window.wait_until_closed("Resample")
+        window.wait_for_label("Done")
 
     def take(self, name):
         subprocess.run(["import", "-window", "root", "-trim", "+repage",
@@ -105,6 +113,25 @@ class Photographer:
         program.close()
 
 
+    def lost(self):
+        program, window = self.launch(HARP)
+        for _ in range(3):
+            self.resample(window)
+        window.wait_for_label("harp-48000 was not saved")
+        self.take("lost")
+        program.close()
+
+    def closing(self):
+        state = self._desktop.directory / "no folder"
+        state.write_text("in the way", encoding="utf-8")
+        program, window = self.launch(HARP, environment={"XDG_STATE_HOME": str(state)})
+        self.resample(window)
+        press_keys("ctrl+q")
+        window.alert("Close ZEMO")
+        self.take("closing")
+        program.close()
+
+
 def main():
     if len(sys.argv) != 2:
         sys.exit("usage: screenshots.py OUTDIR")
@@ -118,6 +145,8 @@ def main():
         photographer.playing()
         photographer.stopping()
         photographer.refused()
+        photographer.lost()
+        photographer.closing()
     finally:
         desktop.close()
 

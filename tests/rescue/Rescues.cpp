@@ -1,6 +1,8 @@
 #include "Rescues.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "files/AudioFileReader.h"
 #include "files/SoundLoader.h"
@@ -34,14 +36,27 @@ void RescueTest::makeSound(std::int64_t count, float sample) {
 }
 
 std::vector<float> RescueTest::read(const fs::path& file) {
-    if (openByExtension(FileUrl(file), false).status == "KO") {
-        return {};
+    SampleBlock before = heldSound();
+    const std::int64_t count = fBuffersize.load();
+    std::vector<float> samples;
+    if (openByExtension(FileUrl(file), false).status != "KO") {
+        samples.assign(fBuffer.load(), fBuffer.load() + fBuffersize.load());
+        replaceBuffer(std::move(before), count);
     }
-    return {fBuffer.load(), fBuffer.load() + fBuffersize.load()};
+    return samples;
 }
 
 std::vector<fs::path> RescueTest::copies() const {
     return rescueCopies(root_);
+}
+
+std::vector<float> RescueTest::firstSamples() const {
+    std::vector<float> samples;
+    for (const fs::path& file : copies()) {
+        samples.push_back(read(file).at(0));
+    }
+    std::sort(samples.begin(), samples.end());
+    return samples;
 }
 
 bool RescueTest::isRootEmpty() const {
@@ -50,25 +65,35 @@ bool RescueTest::isRootEmpty() const {
 
 rescue::RescueEvents Told::events() {
     return {.found =
-                [this](std::vector<rescue::RescueFolder> folders) {
+                [this](std::vector<rescue::FoundCopy> copies) {
                     const std::lock_guard lock(mutex);
-                    found = std::move(folders);
+                    found = std::move(copies);
                 },
-            .kept =
-                [this](bool isKept) {
+            .changed =
+                [this](const rescue::KeeperState& state) {
                     const std::lock_guard lock(mutex);
-                    kept.push_back(isKept);
+                    states.push_back(state);
+                },
+            .gone =
+                [this](rescue::CopyNumber copy) {
+                    const std::lock_guard lock(mutex);
+                    gone.push_back(copy);
                 }};
 }
 
-std::vector<bool> Told::keptSoFar() {
+rescue::KeeperState Told::lastState() {
     const std::lock_guard lock(mutex);
-    return kept;
+    return states.empty() ? rescue::KeeperState() : states.back();
 }
 
-std::vector<rescue::RescueFolder> Told::takeFound() {
+std::vector<rescue::FoundCopy> Told::foundSoFar() {
     const std::lock_guard lock(mutex);
-    return std::move(found);
+    return found;
+}
+
+std::vector<rescue::CopyNumber> Told::goneSoFar() {
+    const std::lock_guard lock(mutex);
+    return gone;
 }
 
 } // namespace zemo::test

@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <mutex>
-#include <optional>
 #include <vector>
 
 #include "platform_linux/LinuxServices.h"
@@ -22,10 +20,13 @@ protected:
 
     /// Makes a sound of so many samples, each of that value, the current one.
     static void makeSound(std::int64_t count, float sample);
-    /// The samples of the file, as Open reads them; nothing when it refuses.
+    /// The samples of the file, as Open reads them, and the sound as it was; nothing when the file
+    /// is refused.
     static std::vector<float> read(const std::filesystem::path& file);
     /// All copies under the root.
     std::vector<std::filesystem::path> copies() const;
+    /// The first sample of each copy under the root, the least first.
+    std::vector<float> firstSamples() const;
     /// Whether there is nothing at all under the root.
     bool isRootEmpty() const;
 
@@ -39,12 +40,14 @@ protected:
 /// What a keeper has told so far.
 struct Told {
     std::mutex mutex;
-    std::vector<rescue::RescueFolder> found;
-    std::vector<bool> kept;
+    std::vector<rescue::FoundCopy> found;
+    std::vector<rescue::KeeperState> states;
+    std::vector<rescue::CopyNumber> gone;
 
     rescue::RescueEvents events();
-    std::vector<bool> keptSoFar();
-    std::vector<rescue::RescueFolder> takeFound();
+    rescue::KeeperState lastState();
+    std::vector<rescue::FoundCopy> foundSoFar();
+    std::vector<rescue::CopyNumber> goneSoFar();
 };
 
 } // namespace zemo::test

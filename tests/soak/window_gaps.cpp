@@ -81,7 +81,7 @@ private slots:
         platform::services().fileOperations = &fileOperations_;
         replaceBuffer(halfAnHour(), kHalfAnHour);
         versionMinor = 9;
-        zemo_->delegate.keepRescueCopies(rescue_.path().toStdString());
+        zemo_->delegate.keepRescueCopies(rescue_.filePath("zemo/rescue").toStdString());
     }
     void cleanupTestCase() {
         zemo_.reset();

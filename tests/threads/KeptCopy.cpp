@@ -47,23 +47,24 @@ std::unique_ptr<platform::FileStream> StressedDisk::openForReading(const std::st
 
 KeptCopy::KeptCopy(fs::path root)
     : root_(std::move(root)),
-      keeper_(root_, {.found = [](auto) {},
-                      .kept =
-                          [this](bool isKept) {
-                              if (!isKept) {
+      keeper_(root_, {.found = [](const auto&) {},
+                      .changed =
+                          [this](const rescue::KeeperState& state) {
+                              if (state.isFailing) {
                                   hasFailed_ = true;
                               }
-                          }}) {}
+                          },
+                      .gone = [](auto) {}}) {}
 
 void KeptCopy::keep(const Samples& sound) {
+    const rescue::CopyNumber before = copy_;
     kept_ = sound;
-    isKept_ = !sound.empty();
-    keeper_.keep(HeldSound::take(), "bell");
+    copy_ = sound.empty() ? rescue::kNoCopy : keeper_.keep(HeldSound::take(), "bell.caf");
+    keeper_.drop(before);
 }
 
 void KeptCopy::drop() {
-    isKept_ = false;
-    keeper_.drop();
+    keeper_.drop(std::exchange(copy_, rescue::kNoCopy));
 }
 
 std::string KeptCopy::wrong() {
@@ -75,10 +76,11 @@ std::string KeptCopy::wrong() {
         return "a rescue copy could not be written";
     }
     const std::vector<fs::path> found = rescueCopies(root_);
-    if (found.size() != (isKept_ ? 1U : 0U)) {
+    const bool isKept = copy_ != rescue::kNoCopy;
+    if (found.size() != (isKept ? 1U : 0U)) {
         return std::to_string(found.size()) + " rescue copies";
     }
-    return !isKept_ || endsWith(found[0], kept_) ? "" : "the rescue copy is not the sound";
+    return !isKept || endsWith(found[0], kept_) ? "" : "the rescue copy is not the sound";
 }
 
 } // namespace zemo::test

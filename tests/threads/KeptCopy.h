@@ -43,7 +43,7 @@ public:
 private:
     std::filesystem::path root_;
     Samples kept_;
-    bool isKept_ = false;
+    rescue::CopyNumber copy_ = rescue::kNoCopy;
     std::atomic<bool> hasFailed_{false};
     rescue::RescueKeeper keeper_;
 };

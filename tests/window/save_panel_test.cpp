@@ -101,6 +101,28 @@ private slots:
                  std::string("1c"));
     }
 
+    void aNameIsSuggestedWithAnExtensionThatIsWritten_data() {
+        QTest::addColumn<QString>("sound");
+        QTest::addColumn<QString>("suggested");
+        for (const auto& [sound, suggested] :
+             std::initializer_list<std::pair<QString, QString>>{{"harp.caf", "harp.caf"},
+                                                                {"harp.AIF", "harp.AIF"},
+                                                                {"harp.v2.mp3", "harp.v2.caf"},
+                                                                {"harp", "harp.caf"},
+                                                                {"", ""},
+                                                                {".hidden", ""}}) {
+            QTest::newRow(qPrintable("\"" + sound + "\"")) << sound << suggested;
+        }
+    }
+    void aNameIsSuggestedWithAnExtensionThatIsWritten() {
+        QFETCH(const QString, sound);
+        QFETCH(const QString, suggested);
+        SavePanel panel(nullptr, "Save As");
+        panel.setAllowedFileTypes({"caf", "CAF", "aif", "AIF"});
+        panel.suggestName(sound);
+        QCOMPARE(panel.findChild<QLineEdit*>("fileNameEdit")->text(), suggested);
+    }
+
     void anotherExtensionIsRefusedWithOneSentenceAndThePanelStays() {
         WindowUnderTest zemo;
         loadSound({0.5F});

@@ -112,10 +112,14 @@ public:
     /// Styles the window, opens the output, sets all state to its start. Ends the process when the
     /// output cannot be had.
     void applicationDidFinishLaunching();
-    /// From now on unsaved work is kept under `root`, and what is found there is offered once, in
-    /// one line of the window. Without this nothing is kept.
-    void keepRescueCopies(const std::filesystem::path& root);
+    /// From now on copies of unsaved sounds are kept under `root`. Those that cannot be reached any
+    /// more, and those that are found there, are offered in one line of the window. Without this
+    /// nothing is kept.
+    void keepRescueCopies(const std::filesystem::path& root,
+                          const rescue::RescueLimits& limits = {});
     bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
+    /// Closes the window, whatever would be lost with it.
+    void closeWithoutAsking();
 
     // Actions ---------------------------------------------------------------------------------
     /// Plays the sound or asks for its stop; the title of `sender`, if there is one, follows.
@@ -181,10 +185,14 @@ public:
     void importFile(const QString& path);
     void exportFile(const QString& path);
 
-    /// Makes the rescue copy that is offered the sound; it stays until that is saved.
+    /// Makes the sound that is offered the sound; its copy stays until it is saved.
     void restoreRescued();
-    /// Removes the rescue copy that is offered.
+    /// Removes the copy of the sound that is offered.
     void discardRescued();
+
+    /// Closing may have to wait, or to be asked about; a second click on an offer's button is none
+    /// on the next one's.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     template <typename Outlet> bool fill(QWidget* owner, Outlet*& outlet, const char* name) {
@@ -210,7 +218,10 @@ private:
     void modulateAmplitude(int segment);
     void modulatePhase();
     HdSettings readHdFields();
-    void saveHeld(const QString& path, const HeldSound& sound);
+    /// Asks where to save a sound. `whenSaved` is called once that is done, if it is.
+    void openSavePanel(const HeldSound& sound, const std::string& name,
+                       const std::function<void()>& whenSaved);
+    bool saveHeld(const QString& path, const HeldSound& sound);
     void describeSound(const QString& path, const std::string& status, bool isRefused);
     void describeLength();
     void describeFailure(const platform::Error& error);
@@ -219,12 +230,13 @@ private:
     void describeTransformation(const Refusal& refusal);
 
     // The pictures of the sound. Whatever may change or free the sound does it within a
-    // SoundChange, in which nothing else reads the sound.
-    // It ends with the sound known to be unsaved work or not.
+    // SoundChange, in which nothing else reads the sound. It ends with the sound known by its name,
+    // as unsaved or not, and with an offer of what cannot be reached any more.
     class SoundChange {
     public:
-        enum class Source { File, Scaling, Work };
-        SoundChange(AppDelegate& delegate, Source source);
+        enum class Source { File, Scaling, Work, Revert };
+        /// `path` is the file's, where one is opened.
+        SoundChange(AppDelegate& delegate, Source source, const QString& path = {});
         SoundChange(const SoundChange&) = delete;
         SoundChange& operator=(const SoundChange&) = delete;
         ~SoundChange();
@@ -232,9 +244,13 @@ private:
         void scalingFollows();
 
     private:
+        void tell();
+
         AppDelegate& delegate_;
         rescue::SoundIdentity before_ = rescue::SoundIdentity::now();
         Source source_;
+        std::string name_;
+        HeldSound unscaled_; ///< so that unsaved work is scaled in another block
     };
     bool fillViews();
     void connectViews();
@@ -256,10 +272,23 @@ private:
     // Rescue copies.
     bool fillRescueLine();
     void connectRescueLine();
-    void takeRescued(std::vector<rescue::RescueFolder> found);
     void offerRescued();
-    rescue::RescueFolder takeFirstRescued();
-    void showRescueState(bool isKept);
+    QString offerText() const;
+    static QString titleOf(const std::string& soundName); ///< as the offers have it
+    void putBack(const HeldSound& sound);
+    void readBack(const std::filesystem::path& file);
+    void showRescueState(const rescue::KeeperState& state);
+    rescue::SoundIdentity soundBehindRevert() const { return rescue::SoundIdentity(ustruct.buf); }
+    /// Whether the sound may be replaced now: not while lost ones take up too much memory. False:
+    /// the user would not wait for that.
+    bool awaitRescueCopies();
+    /// The sound's name above it and in the window's title, which marks unsaved changes.
+    void showName();
+
+    // Closing.
+    bool mayClose();
+    void closeOnceKept();
+    void askBeforeClosing(const rescue::UnsavedWork::Unkept& unkept);
 
     void styleWindow();
     void showRate();
@@ -277,8 +306,9 @@ private:
     QLabel* rescueText_ = nullptr;
     QPushButton* restoreButton_ = nullptr;
     QPushButton* discardButton_ = nullptr;
-    QString rescueNotice_;                      ///< empty: nothing is wrong
-    std::vector<rescue::RescueFolder> rescued_; ///< those that are yet to be answered
+    QString rescueNotice_; ///< empty: nothing is wrong
+    bool isClosing_ = false;
+    bool closesWithoutAsking_ = false;
     Announcer* announcer_ = nullptr;
     bool willAnnounce_ = false;
     SheetSession sheets_;

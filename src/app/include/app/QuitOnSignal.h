@@ -1,15 +1,17 @@
 #pragma once
 
 #include <QObject>
+#include <functional>
 
 namespace zemo {
 
-/// While it lives, the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) close `window`
-/// as a user does; a second one ends the process at once. One at a time. [main]
+/// While it lives, the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) call `close` and
+/// end the event loop; a second one ends the process at once. One at a time. [main]
 class QuitOnSignal final : public QObject {
     Q_OBJECT
 public:
-    explicit QuitOnSignal(QWidget* window);
+    /// `close` closes the window, which cancels long work, and asks nothing.
+    explicit QuitOnSignal(const std::function<void()>& close);
     ~QuitOnSignal() override;
 
     /// What the process should end with: `status`, or after a signal what shells know it by.

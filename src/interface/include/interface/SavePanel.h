@@ -15,6 +15,9 @@ public:
 
     /// Extensions without dots, compared to the letter.
     void setAllowedFileTypes(const QStringList& extensions);
+    /// Has the name of a sound stand in the panel, with the first of the allowed extensions unless
+    /// it has one of them. To be called after those are known.
+    void suggestName(const QString& soundName);
 
     void accept() override;
 

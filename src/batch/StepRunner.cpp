@@ -52,10 +52,10 @@ platform::TraceLog& trace() {
     return *platform::services().trace;
 }
 
-/// Prints the callback's trace lines; there is no meter and no button.
+/// Prints the callback's trace lines; of the meter there is only its value, and no button.
 class TracingDelegate final : public RenderDelegate {
     void updateValue(float /*level*/) override {}
-    void resetMeter() override {}
+    void resetMeter() override { value.store(0.0F); }
     void resetPlayTitle() override {}
     void traceIdleCycle(std::int32_t left) override {
         trace().print(format("IdleCycle = %d\n", left));

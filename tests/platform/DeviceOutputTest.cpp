@@ -125,9 +125,9 @@ protected:
         return unit_->start() == kNoError && await([&] { return servers_.started > before; });
     }
 
-    /// The device asks for 64 frames; how many it gets.
+    /// The device asks for as many frames as one call has; how many it gets.
     std::uint32_t request() {
-        std::array<float, 64> frames{};
+        std::array<float, kFramesPerRenderCall> frames{};
         return servers_.run.load()->feed.fill(frames.data(), frames.size());
     }
 
@@ -224,7 +224,7 @@ TEST_F(Play, MakesNoCallBeforeItIsAttended) {
 TEST_F(Play, EndsWhenTheDeviceSaysThatAllWasHeard) {
     play();
     servers_.run.load()->feed.askStop();
-    while (request() == 64) {
+    while (request() == kFramesPerRenderCall) {
     }
     EXPECT_TRUE(unit_->attend());
     servers_.run.load()->ended = true;
@@ -235,7 +235,7 @@ TEST_F(Play, EndsWhenTheDeviceSaysThatAllWasHeard) {
 TEST_F(Play, EndsASecondAfterItsLastFrameWhenTheDeviceSaysNothing) {
     play();
     servers_.run.load()->feed.askStop();
-    while (request() == 64) {
+    while (request() == kFramesPerRenderCall) {
     }
     EXPECT_TRUE(unit_->attend());
     clock_.time += 990ms;

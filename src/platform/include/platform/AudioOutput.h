@@ -30,6 +30,10 @@ struct AudioTimeStamp {
 
 using RenderActionFlags = std::uint32_t;
 
+/// What every output of this program asks of its callback, one call after the other, however many
+/// frames its device wants at a time. So a play is the same everywhere, its fades included.
+inline constexpr std::uint32_t kFramesPerRenderCall = 512;
+
 /// Fills `frames` frames of `data`. Called on the audio thread: [audio][rt].
 using RenderCallback = Status (*)(void* context, RenderActionFlags* flags,
                                   const AudioTimeStamp* time, std::uint32_t bus,

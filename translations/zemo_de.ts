@@ -762,6 +762,14 @@ Das Programm wird beendet</translation>
         <source>Remove the copy</source>
         <translation>Die Kopie entfernen</translation>
     </message>
+    <message>
+        <source>&amp;Clear the Meter</source>
+        <translation>Pegelmesser &amp;leeren</translation>
+    </message>
+    <message>
+        <source>Ctrl+Shift+T</source>
+        <translation>Ctrl+Shift+T</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>

@@ -752,7 +752,7 @@ L’application va quitter</translation>
     </message>
     <message>
         <source>Make this the sound; the copy stays until you save it</source>
-        <translation>Reprendre ce son ; la copie reste jusqu’à son enregistrement</translation>
+        <translation>Reprendre ce son&#xa0;; la copie reste jusqu’à son enregistrement</translation>
     </message>
     <message>
         <source>Discard</source>
@@ -761,6 +761,14 @@ L’application va quitter</translation>
     <message>
         <source>Remove the copy</source>
         <translation>Supprimer la copie</translation>
+    </message>
+    <message>
+        <source>&amp;Clear the Meter</source>
+        <translation>&amp;Effacer le vumètre</translation>
+    </message>
+    <message>
+        <source>Ctrl+Shift+T</source>
+        <translation>Ctrl+Shift+T</translation>
     </message>
 </context>
 <context>
@@ -964,11 +972,11 @@ Contient un son, le joue et le transforme.</translation>
     </message>
     <message>
         <source>Not saved last time: %1 (%2, %3)</source>
-        <translation>Non enregistré la dernière fois : %1 (%2, %3)</translation>
+        <translation>Non enregistré la dernière fois&#xa0;: %1 (%2, %3)</translation>
     </message>
     <message>
         <source>No rescue copy of the sound can be kept: save it to be safe</source>
-        <translation>Aucune copie de secours du son ne peut être gardée : enregistrez-le par sécurité</translation>
+        <translation>Aucune copie de secours du son ne peut être gardée&#xa0;: enregistrez-le par sécurité</translation>
     </message>
 </context>
 <context>

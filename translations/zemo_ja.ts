@@ -762,6 +762,14 @@ Application will quit</source>
         <source>Remove the copy</source>
         <translation>コピーを削除</translation>
     </message>
+    <message>
+        <source>&amp;Clear the Meter</source>
+        <translation>メーターを消去(&amp;C)</translation>
+    </message>
+    <message>
+        <source>Ctrl+Shift+T</source>
+        <translation>Ctrl+Shift+T</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>

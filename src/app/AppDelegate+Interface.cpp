@@ -41,6 +41,7 @@ bool AppDelegate::loadMainWindow() {
     work_.setWindow(window);
     platform::services().longWork = &work_;
     styleWindow();
+    levelView->resetPrevious(); // or the first frame would have a ghost
     notice_->hide();
     return true;
 }
@@ -66,6 +67,7 @@ void AppDelegate::connectActions() {
     onMenu("PlayMenu", [this] { playButton->click(); });
     onMenu("ModeMenu", [this] { modeButton->click(); });
     onMenu("TestMenu", [this] { testButton->click(); });
+    onMenu("ClearMeterMenu", [this] { clearMeterAction(sender()); });
     onMenu("ManualMenu", [this] { showManual(); });
     onMenu("AboutMenu", [this] { aboutDialog(sender()); });
     connect(window, &BackgroundWindow::fileDropped, this, &AppDelegate::openAnyFile);

@@ -79,6 +79,7 @@ int runWindow(QApplication& application) {
     }
     // A window that was closed meanwhile would end an event loop that does not run yet.
     const int status = delegate.window->isVisible() ? QApplication::exec() : EXIT_SUCCESS;
+    delegate.applicationWillTerminate();
     zemo::platform::services().midi = nullptr;
     midi.reset(); // nothing arrives at a controller that is gone
     return zemo::QuitOnSignal::status(status);

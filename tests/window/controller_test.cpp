@@ -218,6 +218,24 @@ private slots:
         QVERIFY(contains(zemo.platform.trace.logged, "val = 0.000000\n"));
     }
 
+    void theMenuClearsTheMeterAsWell() {
+        WindowUnderTest zemo;
+        auto* const item = zemo.delegate.window->findChild<QAction*>("ClearMeterMenu");
+        value = 0.5F;
+        zemo.delegate.levelView->setPrev_cv(0.5F);
+        zemo.platform.trace.logged.clear();
+        item->trigger();
+        QCOMPARE(value.load(), 0.0F);
+        QCOMPARE(zemo.delegate.levelView->prev_cv(), 0.0F);
+        QCOMPARE(zemo.platform.trace.logged,
+                 (std::vector<std::string>{"val = 0.000000\n", "TESTVAL = 0.000000\n"}));
+        loadSound(constantSound(10000));
+        zemo.delegate.playButton->click();
+        value = 0.25F;
+        item->trigger();
+        QCOMPARE(value.load(), 0.25F);
+    }
+
     void theTestButtonDoesNothingDuringAPlay() {
         WindowUnderTest zemo;
         loadSound(constantSound(10000));

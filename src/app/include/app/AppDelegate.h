@@ -116,12 +116,18 @@ public:
     /// one line of the window. Without this nothing is kept.
     void keepRescueCopies(const std::filesystem::path& root);
     bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
+    /// Fades a play out and lets the device come to its end, for 300 ms at most. The window is
+    /// closed by then.
+    void applicationWillTerminate();
 
     // Actions ---------------------------------------------------------------------------------
     /// Plays the sound or asks for its stop; the title of `sender`, if there is one, follows.
     void playButtonPressed(TitledButton* sender);
     void modeButtonPressed(StateButton* sender);
+    /// Shows a random level, or with Alt none. Nothing during a play.
     void testButtonPressed(TitledButton* sender);
+    /// What Alt and the test button do, where the window manager takes Alt and a click for itself.
+    void clearMeterAction(QObject* sender);
     void OpenDialog(QObject* sender);
     void classicOpenDialog(QObject* sender);
     /// Saves the sound as it is now, whatever becomes of it while the panel is open.
@@ -192,9 +198,13 @@ private:
         return outlet != nullptr;
     }
     void connectActions();
+    std::uint32_t stateAtThisPress();
+    enum class TestLevel { Random, None };
+    void test(TestLevel kind);
     void startPlay(TitledButton* sender);
     void askForStop(TitledButton* sender);
-    Q_INVOKABLE void attendPlayback();
+    /// True while the output has anything to be attended to.
+    Q_INVOKABLE bool attendPlayback();
     void onceClosed(std::function<void()> action);
     enum class Level { Scaled, Exact };
     void openChosenFile(const QString& path, Level level = Level::Scaled);
@@ -281,6 +291,7 @@ private:
     std::vector<rescue::RescueFolder> rescued_; ///< those that are yet to be answered
     Announcer* announcer_ = nullptr;
     bool willAnnounce_ = false;
+    bool isNoteTitleDue_ = false; ///< between a note's press and its title
     SheetSession sheets_;
     WorkInWindow work_;
     RenderMessageQueue messages_;

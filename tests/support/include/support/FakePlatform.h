@@ -29,6 +29,7 @@ public:
     double rate = 48000.0;
     std::map<std::string, platform::Status> failures; ///< status by the name of the call
     std::function<void()> whileStarting;              ///< runs inside start()
+    std::function<void()> whileAttended;              ///< runs inside attend()
     bool failed = false;                              ///< what takeFailure() answers once
 
     // What the test finds.
@@ -55,7 +56,7 @@ public:
     platform::Status start() override;
     platform::Status stop() override;
     bool isRunning() const noexcept override { return running; }
-    bool attend() override { return ++attended, running || inUse; }
+    bool attend() override;
     bool takeFailure() override;
     std::string notice() const override { return {}; }
 

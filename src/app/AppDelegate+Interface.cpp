@@ -4,6 +4,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/Languages.h"
+#include "interface/HeldKeys.h"
 #include "interface/InterfaceLoader.h"
 #include "interface/ManualWindow.h"
 #include "platform/AudioOutput.h"
@@ -71,6 +72,13 @@ void AppDelegate::connectActions() {
     onMenu("ManualMenu", [this] { showManual(); });
     onMenu("AboutMenu", [this] { aboutDialog(sender()); });
     connect(window, &BackgroundWindow::fileDropped, this, &AppDelegate::openAnyFile);
+    QList<QKeySequence> pressedOnce;
+    for (const QAction* const action : window->findChildren<QAction*>()) {
+        if (!action->autoRepeat()) {
+            pressedOnce += action->shortcuts();
+        }
+    }
+    new HeldKeys(window, pressedOnce);
     playButton->setFocus();
 }
 

@@ -159,6 +159,38 @@ private slots:
         QCOMPARE(zemo.delegate.modeButton->title(), QString("Peak"));
     }
 
+    /// As the X11 plugin tells it when it has read the release and not yet the press.
+    void aRepeatIsNoPressThoughItIsNotToldAsOne() {
+        WindowUnderTest zemo;
+        QVERIFY(QTest::qWaitForWindowExposed(zemo.delegate.window));
+        const auto isLetThrough = [&](QEvent::Type type, int key, Qt::KeyboardModifiers modifiers,
+                                      quint64 time) {
+            QKeyEvent event(type, key, modifiers);
+            event.setTimestamp(time);
+            event.ignore();
+            QCoreApplication::sendEvent(zemo.delegate.window->windowHandle(), &event);
+            return !event.isAccepted();
+        };
+        const std::vector<std::pair<int, Qt::KeyboardModifiers>> pressedOnce{
+            {Qt::Key_Space, Qt::NoModifier},
+            {Qt::Key_Z, Qt::ControlModifier},
+            {Qt::Key_M, Qt::ControlModifier},
+            {Qt::Key_T, Qt::ControlModifier},
+            {Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier},
+            {Qt::Key_Return, Qt::NoModifier},
+            {Qt::Key_Enter, Qt::KeypadModifier}};
+        for (const auto& [key, modifiers] : pressedOnce) {
+            QVERIFY(isLetThrough(QEvent::ShortcutOverride, key, modifiers, 100));
+            isLetThrough(QEvent::KeyRelease, key, modifiers, 600);
+            QVERIFY(!isLetThrough(QEvent::ShortcutOverride, key, modifiers, 600));
+            QVERIFY(!isLetThrough(QEvent::KeyPress, key, modifiers, 600));
+            isLetThrough(QEvent::KeyRelease, key, modifiers, 640);
+            QVERIFY(isLetThrough(QEvent::ShortcutOverride, key, modifiers, 641));
+        }
+        isLetThrough(QEvent::KeyRelease, Qt::Key_G, Qt::ControlModifier, 700);
+        QVERIFY(isLetThrough(QEvent::ShortcutOverride, Qt::Key_G, Qt::ControlModifier, 700));
+    }
+
     void aHeldEnterIsOnePress() {
         WindowUnderTest zemo;
         loadSound(std::vector<float>(100000, 0.5F));

@@ -350,8 +350,8 @@ Application will quit</source>
         <translation>MIDI が応答しません：ノートを読み取れません</translation>
     </message>
     <message>
-        <source>MIDI went away: no notes are read until ZEMO is started again</source>
-        <translation>MIDI が失われました：ZEMO を再起動するまでノートを読み取れません</translation>
+        <source>MIDI went away: no notes are read. Choose Play ▸ Look for MIDI Again.</source>
+        <translation>MIDI が失われました：ノートを読み取れません。「再生 ▸ MIDI を探し直す」を選んでください。</translation>
     </message>
 </context>
 <context>
@@ -770,6 +770,10 @@ Application will quit</source>
         <source>Ctrl+Shift+T</source>
         <translation>Ctrl+Shift+T</translation>
     </message>
+    <message>
+        <source>&amp;Look for MIDI Again</source>
+        <translation>MIDI を探し直す(&amp;L)</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -977,6 +981,18 @@ Holds one sound, plays it and rewrites it.</source>
     <message>
         <source>No rescue copy of the sound can be kept: save it to be safe</source>
         <translation>サウンドの救出用コピーを残せません。念のため保存してください</translation>
+    </message>
+    <message>
+        <source>Looking for MIDI…</source>
+        <translation>MIDI を探しています…</translation>
+    </message>
+    <message>
+        <source>MIDI sources: %1</source>
+        <translation>MIDI ソース：%1</translation>
+    </message>
+    <message>
+        <source>MIDI cannot be used</source>
+        <translation>MIDI を使用できません</translation>
     </message>
 </context>
 <context>

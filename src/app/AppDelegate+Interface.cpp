@@ -69,6 +69,7 @@ void AppDelegate::connectActions() {
     onMenu("ModeMenu", [this] { modeButton->click(); });
     onMenu("TestMenu", [this] { testButton->click(); });
     onMenu("ClearMeterMenu", [this] { clearMeterAction(sender()); });
+    onMenu("LookForMidiMenu", [this] { lookForMidiAction(sender()); });
     onMenu("ManualMenu", [this] { showManual(); });
     onMenu("AboutMenu", [this] { aboutDialog(sender()); });
     connect(window, &BackgroundWindow::fileDropped, this, &AppDelegate::openAnyFile);

@@ -183,34 +183,6 @@ void AppDelegate::setPlayTitle() {
     playButton->setTitleAlignment(Qt::AlignHCenter);
 }
 
-/// No message is taken before the note's title is set: the end of the fade that the note asks for
-/// comes behind that, however soon it is.
-void AppDelegate::playButtonPressedByMidi() {
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            isNoteTitleDue_ = true;
-            playButtonPressed(nullptr);
-        },
-        Qt::QueuedConnection);
-}
-
-void AppDelegate::setPlayTitleByMidi() {
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            setPlayTitle();
-            isNoteTitleDue_ = false;
-            attendPlayback();
-        },
-        Qt::QueuedConnection);
-}
-
-void AppDelegate::midiNoticeChanged() {
-    QMetaObject::invokeMethod(
-        this, [this] { showNotice(); }, Qt::QueuedConnection);
-}
-
 void AppDelegate::resetPlayTitle() {
     playButton->setTitle(tr("Play"));
 }

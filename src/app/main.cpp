@@ -68,14 +68,14 @@ int runWindow(QApplication& application) {
     const zemo::QuitOnSignal quitOnSignal(delegate.window);
     zemo::showFirstFrame(*delegate.window);
     // Only now: the servers of sound and MIDI may take their time to answer.
-    auto midi = zemo::platform::makeLinuxMidi();
+    auto midi = zemo::platform::makeLinuxMidi(zemo::kMidiClientName);
     zemo::platform::services().midi = midi.get();
     delegate.applicationDidFinishLaunching();
     if (const auto root = zemo::rescue::rescueRoot()) {
         delegate.keepRescueCopies(*root);
     }
     if (application.arguments().size() > 1) {
-        delegate.openAnyFile(application.arguments().at(1));
+        delegate.openAtLaunch(application.arguments().at(1));
     }
     // A window that was closed meanwhile would end an event loop that does not run yet.
     const int status = delegate.window->isVisible() ? QApplication::exec() : EXIT_SUCCESS;

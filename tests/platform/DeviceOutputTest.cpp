@@ -253,6 +253,37 @@ TEST_F(Play, KeepsTheConnectionForTheNextOne) {
     EXPECT_EQ(servers_.opened, 2);
 }
 
+TEST_F(Play, ConnectsAnewAfterAConnectionThatWasGivenUp) {
+    play();
+    unit_->disconnect();
+    EXPECT_EQ(servers_.alive, 1) << "not during a play";
+    unit_->stop();
+    unit_->disconnect();
+    EXPECT_EQ(servers_.alive, 0) << "by then";
+    unit_->disconnect();
+    ASSERT_TRUE(begin());
+    EXPECT_EQ(servers_.connected, 2);
+}
+
+TEST_F(Loss, IsNoticedBeforeTheConnectionIsGivenUp) {
+    play();
+    servers_.heard = false;
+    unit_->disconnect();
+    EXPECT_EQ(servers_.alive, 0);
+    EXPECT_FALSE(unit_->attend());
+    expectLost();
+}
+
+TEST_F(Play, LeavesAServerBehindThatHangsWhenItsConnectionIsGivenUp) {
+    limits_.farewell = 20ms;
+    play();
+    servers_.hangsInClose = true;
+    unit_->stop();
+    unit_->disconnect();
+    ASSERT_TRUE(begin());
+    EXPECT_EQ(servers_.connected, 2);
+}
+
 TEST_F(Play, ConnectsAnewWhereTheConnectionTakesNoStream) {
     launch();
     servers_.opens = false;

@@ -85,8 +85,8 @@ public:
         }
         run_ = std::move(run);
         stream_.reset(stream);
-        jackWasAlive_ = std::strcmp(cubeb_get_backend_id(context_.get()), "jack") == 0 &&
-                        isJackServerAlive(JackPlaces::ofThisProcess());
+        const bool isOnJack = std::strcmp(cubeb_get_backend_id(context_.get()), "jack") == 0;
+        jackServer_ = isOnJack ? jackServerSocket(JackPlaces::ofThisProcess()) : 0;
         return isHeard();
     }
 
@@ -95,7 +95,7 @@ public:
     void closeStream() override { stream_.reset(); }
 
     bool isHeard() override {
-        if (jackWasAlive_ && !isJackServerAlive(JackPlaces::ofThisProcess())) {
+        if (jackServer_ != 0 && jackServer_ != jackServerSocket(JackPlaces::ofThisProcess())) {
             return false; // the library tells nobody
         }
         cubeb_device* device = nullptr;
@@ -114,7 +114,7 @@ private:
     std::shared_ptr<DeviceRun> run_;
     std::unique_ptr<cubeb, ContextDeleter> context_;
     std::unique_ptr<cubeb_stream, StreamDeleter> stream_;
-    bool jackWasAlive_ = false; ///< as far as can be seen, when the stream was opened
+    std::uint64_t jackServer_ = 0; ///< that the stream was opened on, as far as can be seen
 };
 
 } // namespace

@@ -128,6 +128,8 @@ public:
     void testButtonPressed(TitledButton* sender);
     /// What Alt and the test button do, where the window manager takes Alt and a click for itself.
     void clearMeterAction(QObject* sender);
+    /// Makes the MIDI client and its connections anew, and says how many sources there are.
+    void lookForMidiAction(QObject* sender);
     void OpenDialog(QObject* sender);
     void classicOpenDialog(QObject* sender);
     /// Saves the sound as it is now, whatever becomes of it while the panel is open.
@@ -184,6 +186,8 @@ public:
     /// Takes in a file that was dropped, or given when the program was started: by Open, by Import
     /// or, once the user agrees, as raw data.
     void openAnyFile(const QString& path);
+    /// The same for the file that the program is started with. Notes wait until it is open.
+    void openAtLaunch(const QString& path);
     void importFile(const QString& path);
     void exportFile(const QString& path);
 
@@ -199,6 +203,8 @@ private:
     }
     void connectActions();
     std::uint32_t stateAtThisPress();
+    void takeNote();
+    void takeNoteTitle();
     enum class TestLevel { Random, None };
     void test(TestLevel kind);
     void startPlay(TitledButton* sender);
@@ -292,6 +298,8 @@ private:
     Announcer* announcer_ = nullptr;
     bool willAnnounce_ = false;
     bool isNoteTitleDue_ = false; ///< between a note's press and its title
+    bool isOpeningAtLaunch_ = false;
+    int waitingNotes_ = 0; ///< until that is done
     SheetSession sheets_;
     WorkInWindow work_;
     RenderMessageQueue messages_;

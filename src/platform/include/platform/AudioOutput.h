@@ -82,6 +82,10 @@ public:
     /// again, every few milliseconds; false only when no render call is under way.
     virtual bool attend() = 0;
 
+    /// [main] Gives the connection to the server up, unless a play is under way there that is still
+    /// heard; the next start() makes another one. Waits for that, for a moment at most.
+    virtual void disconnect() {}
+
     /// [main] True once after the device went away under a running unit.
     virtual bool takeFailure() = 0;
 

@@ -16,6 +16,7 @@
 #include "platform/SystemVersion.h"
 #include "platform/TraceLog.h"
 #include "playback/Delegate.h"
+#include "playback/SharedState.h"
 
 namespace zemo::test {
 
@@ -168,6 +169,7 @@ public:
     std::vector<std::string> calls;
     platform::MidiReadProc read = nullptr;
     std::function<void()> noticeChanged;
+    bool omniAtDelivery = false;
 
     platform::Status createClient(const char* name, platform::MidiObject& client) override;
     platform::Status createInputPort(platform::MidiObject client, const char* name,
@@ -179,6 +181,8 @@ public:
     }
     platform::Status connectSource(platform::MidiObject port, platform::MidiObject source,
                                    void* sourceContext) override;
+    void deliver() override { omniAtDelivery = omni; }
+    void startOver() override { calls.emplace_back("startOver"); }
     void onNotice(const std::function<void()>& changed) override { noticeChanged = changed; }
 
 private:

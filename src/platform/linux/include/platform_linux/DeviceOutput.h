@@ -25,6 +25,8 @@ struct DeviceLimits {
     std::chrono::milliseconds question{200};
     /// What start() itself waits for a server; most have answered by then.
     std::chrono::milliseconds grace{30};
+    /// What disconnect() waits.
+    std::chrono::milliseconds farewell{200};
 };
 
 /// A device as an output. All that may hang happens on a thread of its own: no call to this object
@@ -51,6 +53,7 @@ public:
     Status stop() override;
     bool isRunning() const noexcept override;
     bool attend() override;
+    void disconnect() override;
     bool takeFailure() override { return std::exchange(failed_, false); }
     std::string notice() const override { return {}; }
 
@@ -76,7 +79,7 @@ private:
     bool isQuiet();
     bool isUnheard();
     void closeRun();
-    void leaveServer();
+    std::future<bool> leaveServer();
 
     DeviceFactory factory_;
     Clock& clock_;

@@ -146,6 +146,7 @@ void AppDelegate::playButtonPressed(TitledButton* sender) {
 }
 
 void AppDelegate::startPlay(TitledButton* sender) {
+    bufferPlayer.outputUnit->setSoundName(soundName_->text().toStdString());
     bufferPlay0(0);
     if (sender != nullptr) {
         AttributedTitle alternate = sender->attributedAlternateTitle();

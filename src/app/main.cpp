@@ -15,6 +15,7 @@
 #include "platform_linux/LinuxAudioOutput.h"
 #include "platform_linux/LinuxMidi.h"
 #include "platform_linux/LinuxServices.h"
+#include "platform_linux/StreamProperties.h"
 #include "rescue/RescueFolder.h"
 
 namespace {
@@ -98,6 +99,7 @@ int main(int argc, char** argv) {
             std::fputs("zemo: there is no display; zemo-batch works without one.\n", stderr));
         return EXIT_FAILURE;
     }
+    zemo::platform::setStreamProperties(ZEMO_VERSION);
     QApplication application(argc, argv);
     QApplication::setApplicationName("ZEMO");
     QApplication::setApplicationVersion(ZEMO_VERSION);

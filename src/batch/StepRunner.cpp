@@ -200,6 +200,8 @@ bool StepRunner::operator()(const OpenStep& step) {
     const bool finished = finishOpening(url.path(), &peak, step.normalize);
     if (!result.loaded) {
         complainOfStep({"the file was not opened (", result.status, ")."});
+    } else {
+        soundFile_ = step.file;
     }
     return result.loaded && finished;
 }
@@ -272,6 +274,7 @@ bool StepRunner::operator()(const ImportStep& step) {
         complainOfStep({result.error().sentence});
         return false;
     }
+    soundFile_ = step.file;
     printSource(result.value().source);
     if (result.value().incomplete) {
         complainOfStep({"the file is cut off or damaged; what could be read was imported."});
@@ -331,6 +334,7 @@ bool StepRunner::operator()(const PlayStep& /*step*/) {
     }
     platform::LinuxOutputUnit device(R);
     device.setRenderCallback(FloatBufferRenderProc, &bufferPlayer);
+    device.setSoundName(std::string(soundFile_.substr(soundFile_.rfind('/') + 1)));
     RenderMessageQueue queue;
     TracingDelegate delegate;
     const Listening listening(queue);

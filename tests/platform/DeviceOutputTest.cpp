@@ -39,6 +39,7 @@ struct Servers {
     std::atomic<int> alive{0};
     std::atomic<std::uint32_t> askedRate{0};
     std::atomic<DeviceRun*> run{nullptr}; ///< of the stream that was started last
+    std::vector<std::string> names;       ///< of the streams, to be read after they were opened
     std::promise<void> end;
     std::shared_future<void> ended = end.get_future().share();
 };
@@ -53,7 +54,9 @@ public:
         hang(servers_.hangsInConnect);
         return servers_.rate;
     }
-    bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate) override {
+    bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate,
+                    const std::string& name) override {
+        servers_.names.push_back(name);
         ++servers_.opened;
         hang(servers_.hangsInOpen);
         run_ = std::move(run);
@@ -282,6 +285,14 @@ TEST_F(Play, LeavesAServerBehindThatHangsWhenItsConnectionIsGivenUp) {
     unit_->disconnect();
     ASSERT_TRUE(begin());
     EXPECT_EQ(servers_.connected, 2);
+}
+
+TEST_F(Play, IsCalledAfterItsSound) {
+    play();
+    unit_->stop();
+    unit_->setSoundName("bell.caf");
+    ASSERT_TRUE(begin());
+    EXPECT_EQ(servers_.names, (std::vector<std::string>{"", "bell.caf"}));
 }
 
 TEST_F(Play, ConnectsAnewWhereTheConnectionTakesNoStream) {

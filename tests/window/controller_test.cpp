@@ -81,6 +81,14 @@ private slots:
         QVERIFY(zemo.platform.output.running);
     }
 
+    void aPlayIsCalledAfterItsSound() {
+        WindowUnderTest zemo;
+        zemo.platform.files.files["/Glöckchen.f32"] = std::vector<std::uint8_t>(4000, 1);
+        zemo.delegate.openFileNamed("/Glöckchen.f32");
+        zemo.delegate.playButton->click();
+        QCOMPARE(zemo.platform.output.soundName, std::string("Glöckchen.f32"));
+    }
+
     void theRedCoversTheLengthOfTheOldTitle() {
         WindowUnderTest zemo;
         loadSound(constantSound(10000));

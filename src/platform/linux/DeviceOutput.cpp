@@ -30,11 +30,12 @@ std::uint32_t connectAnew(std::unique_ptr<Device>& device, const DeviceFactory& 
 
 /// Over the connection that is there; where that fails, over a new one.
 bool openStream(std::unique_ptr<Device>& device, const DeviceFactory& factory,
-                const std::shared_ptr<DeviceRun>& run, std::uint32_t rate) {
-    if (device != nullptr && device->openStream(run, rate)) {
+                const std::shared_ptr<DeviceRun>& run, std::uint32_t rate,
+                const std::string& name) {
+    if (device != nullptr && device->openStream(run, rate, name)) {
         return true;
     }
-    return connectAnew(device, factory) != 0 && device->openStream(run, rate);
+    return connectAnew(device, factory) != 0 && device->openStream(run, rate, name);
 }
 
 } // namespace
@@ -113,9 +114,8 @@ std::future<bool> DeviceOutput::askForStream() {
         server_ = std::make_unique<Server>();
     }
     return server_->thread.ask<bool>(
-        [device = server_->device, factory = factory_, run = run_, rate = rate_] {
-            return openStream(*device, factory, run, rate);
-        });
+        [device = server_->device, factory = factory_, run = run_, rate = rate_,
+         name = soundName_] { return openStream(*device, factory, run, rate, name); });
 }
 
 /// Takes the answer, if it is there and was not taken before.

@@ -82,6 +82,9 @@ public:
     /// again, every few milliseconds; false only when no render call is under way.
     virtual bool attend() = 0;
 
+    /// [main] What the server calls the plays that are started from now on: the sound's name.
+    virtual void setSoundName(const std::string& /*name*/) {}
+
     /// [main] Gives the connection to the server up, unless a play is under way there that is still
     /// heard; the next start() makes another one. Waits for that, for a moment at most.
     virtual void disconnect() {}

@@ -42,6 +42,7 @@ public:
     bool running = false;
     bool inUse = false; ///< stopped, but a call of it is still under way
     int attended = 0;   ///< how often attend() was called
+    std::string soundName;
 
     /// One render call of `frames` frames, made whether or not the unit runs. The output buffer is
     /// filled with `before` first.
@@ -58,6 +59,7 @@ public:
     platform::Status stop() override;
     bool isRunning() const noexcept override { return running; }
     bool attend() override;
+    void setSoundName(const std::string& name) override { soundName = name; }
     bool takeFailure() override;
     std::string notice() const override { return {}; }
 

@@ -4,6 +4,7 @@
 #include <future>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "platform/AudioOutput.h"
 #include "platform/Clock.h"
@@ -53,6 +54,7 @@ public:
     Status stop() override;
     bool isRunning() const noexcept override;
     bool attend() override;
+    void setSoundName(const std::string& name) override { soundName_ = name; }
     void disconnect() override;
     bool takeFailure() override { return std::exchange(failed_, false); }
     std::string notice() const override { return {}; }
@@ -87,6 +89,7 @@ private:
     RenderCallback callback_ = nullptr;
     void* context_ = nullptr;
     std::uint32_t rate_ = 0;
+    std::string soundName_;
     std::unique_ptr<Server> server_;
     std::shared_ptr<DeviceRun> run_;
     std::future<bool> answer_; ///< to the last question; invalid when there is none to wait for

@@ -354,8 +354,8 @@ Das Programm wird beendet</translation>
         <translation>MIDI antwortet nicht: Es werden keine Noten gelesen</translation>
     </message>
     <message>
-        <source>MIDI went away: no notes are read until ZEMO is started again</source>
-        <translation>MIDI ist verschwunden: Bis zu einem neuen Start von ZEMO werden keine Noten gelesen</translation>
+        <source>MIDI went away: no notes are read. Choose Play ▸ Look for MIDI Again.</source>
+        <translation>MIDI ist verschwunden: Es werden keine Noten gelesen. Wählen Sie „Wiedergabe ▸ Erneut nach MIDI suchen“.</translation>
     </message>
 </context>
 <context>
@@ -766,6 +766,18 @@ Das Programm wird beendet</translation>
         <source>Remove the copy</source>
         <translation>Die Kopie entfernen</translation>
     </message>
+    <message>
+        <source>&amp;Clear the Meter</source>
+        <translation>Pegelmesser &amp;leeren</translation>
+    </message>
+    <message>
+        <source>Ctrl+Shift+T</source>
+        <translation>Ctrl+Shift+T</translation>
+    </message>
+    <message>
+        <source>&amp;Look for MIDI Again</source>
+        <translation>Erneut nach M&amp;IDI suchen</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -1005,6 +1017,18 @@ Hält einen Klang, spielt ihn ab und formt ihn um.</translation>
     <message>
         <source>%1 was not saved, and no rescue copy of it could be kept.</source>
         <translation>%1 wurde nicht gespeichert, und es konnte keine Rettungskopie davon angelegt werden.</translation>
+    </message>
+    <message>
+        <source>Looking for MIDI…</source>
+        <translation>MIDI wird gesucht&#xa0;…</translation>
+    </message>
+    <message>
+        <source>MIDI sources: %1</source>
+        <translation>MIDI-Quellen: %1</translation>
+    </message>
+    <message>
+        <source>MIDI cannot be used</source>
+        <translation>MIDI kann nicht benutzt werden</translation>
     </message>
 </context>
 <context>

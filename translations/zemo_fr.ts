@@ -354,8 +354,8 @@ L’application va quitter</translation>
         <translation>MIDI ne répond pas&#xa0;: aucune note n’est lue</translation>
     </message>
     <message>
-        <source>MIDI went away: no notes are read until ZEMO is started again</source>
-        <translation>MIDI a disparu&#xa0;: aucune note n’est lue tant que ZEMO n’est pas redémarré</translation>
+        <source>MIDI went away: no notes are read. Choose Play ▸ Look for MIDI Again.</source>
+        <translation>MIDI a disparu&#xa0;: aucune note n’est lue. Choisissez «&#xa0;Lecture ▸ Rechercher à nouveau le MIDI&#xa0;».</translation>
     </message>
 </context>
 <context>
@@ -766,6 +766,18 @@ L’application va quitter</translation>
         <source>Remove the copy</source>
         <translation>Supprimer la copie</translation>
     </message>
+    <message>
+        <source>&amp;Clear the Meter</source>
+        <translation>&amp;Effacer le vumètre</translation>
+    </message>
+    <message>
+        <source>Ctrl+Shift+T</source>
+        <translation>Ctrl+Shift+T</translation>
+    </message>
+    <message>
+        <source>&amp;Look for MIDI Again</source>
+        <translation>Rec&amp;hercher à nouveau le MIDI</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -1005,6 +1017,18 @@ Contient un son, le joue et le transforme.</translation>
     <message>
         <source>%1 was not saved, and no rescue copy of it could be kept.</source>
         <translation>%1 n’a pas été enregistré, et aucune copie de secours n’a pu en être gardée.</translation>
+    </message>
+    <message>
+        <source>Looking for MIDI…</source>
+        <translation>Recherche du MIDI…</translation>
+    </message>
+    <message>
+        <source>MIDI sources: %1</source>
+        <translation>Sources MIDI&#xa0;: %1</translation>
+    </message>
+    <message>
+        <source>MIDI cannot be used</source>
+        <translation>Le MIDI ne peut pas être utilisé</translation>
     </message>
 </context>
 <context>

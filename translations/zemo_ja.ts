@@ -354,8 +354,8 @@ Application will quit</source>
         <translation>MIDI が応答しません：ノートを読み取れません</translation>
     </message>
     <message>
-        <source>MIDI went away: no notes are read until ZEMO is started again</source>
-        <translation>MIDI が失われました：ZEMO を再起動するまでノートを読み取れません</translation>
+        <source>MIDI went away: no notes are read. Choose Play ▸ Look for MIDI Again.</source>
+        <translation>MIDI が失われました：ノートを読み取れません。「再生 ▸ MIDI を探し直す」を選んでください。</translation>
     </message>
 </context>
 <context>
@@ -766,6 +766,18 @@ Application will quit</source>
         <source>Remove the copy</source>
         <translation>コピーを削除</translation>
     </message>
+    <message>
+        <source>&amp;Clear the Meter</source>
+        <translation>メーターを消去(&amp;C)</translation>
+    </message>
+    <message>
+        <source>Ctrl+Shift+T</source>
+        <translation>Ctrl+Shift+T</translation>
+    </message>
+    <message>
+        <source>&amp;Look for MIDI Again</source>
+        <translation>MIDI を探し直す(&amp;L)</translation>
+    </message>
 </context>
 <context>
     <name>resamplePanel</name>
@@ -1005,6 +1017,18 @@ Holds one sound, plays it and rewrites it.</source>
     <message>
         <source>%1 was not saved, and no rescue copy of it could be kept.</source>
         <translation>%1 は保存されておらず、救出用コピーも残せませんでした。</translation>
+    </message>
+    <message>
+        <source>Looking for MIDI…</source>
+        <translation>MIDI を探しています…</translation>
+    </message>
+    <message>
+        <source>MIDI sources: %1</source>
+        <translation>MIDI ソース：%1</translation>
+    </message>
+    <message>
+        <source>MIDI cannot be used</source>
+        <translation>MIDI を使用できません</translation>
     </message>
 </context>
 <context>

@@ -4,6 +4,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/Languages.h"
+#include "interface/HeldKeys.h"
 #include "interface/InterfaceLoader.h"
 #include "interface/ManualWindow.h"
 #include "platform/AudioOutput.h"
@@ -42,6 +43,7 @@ bool AppDelegate::loadMainWindow() {
     work_.setWindow(window);
     platform::services().longWork = &work_;
     styleWindow();
+    levelView->resetPrevious(); // or the first frame would have a ghost
     notice_->hide();
     return true;
 }
@@ -67,9 +69,18 @@ void AppDelegate::connectActions() {
     onMenu("PlayMenu", [this] { playButton->click(); });
     onMenu("ModeMenu", [this] { modeButton->click(); });
     onMenu("TestMenu", [this] { testButton->click(); });
+    onMenu("ClearMeterMenu", [this] { clearMeterAction(sender()); });
+    onMenu("LookForMidiMenu", [this] { lookForMidiAction(sender()); });
     onMenu("ManualMenu", [this] { showManual(); });
     onMenu("AboutMenu", [this] { aboutDialog(sender()); });
     connect(window, &BackgroundWindow::fileDropped, this, &AppDelegate::openAnyFile);
+    QList<QKeySequence> pressedOnce;
+    for (const QAction* const action : window->findChildren<QAction*>()) {
+        if (!action->autoRepeat()) {
+            pressedOnce += action->shortcuts();
+        }
+    }
+    new HeldKeys(window, pressedOnce);
     playButton->setFocus();
 }
 

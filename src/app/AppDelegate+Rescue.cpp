@@ -8,6 +8,7 @@
 #include "app/AppDelegate.h"
 #include "app/Languages.h"
 #include "files/RefusalReason.h"
+#include "interface/FileNames.h"
 #include "playback/SharedState.h"
 
 namespace zemo {

@@ -7,12 +7,14 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "platform/Clock.h"
 #include "platform/Format.h"
 #include "platform/Services.h"
 #include "platform/SystemVersion.h"
 #include "platform/TraceLog.h"
 #include "playback/OutputUnit.h"
 #include "playback/SharedState.h"
+#include "playback/SoundExchange.h"
 
 namespace zemo {
 
@@ -26,6 +28,8 @@ using namespace std::chrono_literals;
 using platform::format;
 
 constexpr auto kAttendance = 8ms;
+constexpr auto kLastFade = 300ms;         ///< for a fade and what the server holds before it
+constexpr auto kLastFadeAttendance = 2ms; ///< whoever quits waits for it
 constexpr double kTwoPi = 6.283185307179586;
 
 QColor backgroundColour() {
@@ -99,16 +103,41 @@ void AppDelegate::applicationDidFinishLaunching() {
     showNotice();
 }
 
+/// The ramp state, with every message taken that was sent on the way to it: one that came after the
+/// press would undo what the press does.
+std::uint32_t AppDelegate::stateAtThisPress() {
+    while (true) {
+        const std::uint32_t state = bufferPlayer.rampState.load();
+        if (state == Silent) {
+            awaitRenderCallsUnderWay(); // one of them may have ended the play, and be about to tell
+        }
+        messages_.drain(*this);
+        if (bufferPlayer.rampState.load() == state) {
+            return state;
+        }
+    }
+}
+
+void AppDelegate::applicationWillTerminate() {
+    platform::Clock& clock = *platform::services().clock;
+    const auto deadline = clock.now() + kLastFade;
+    bufferStop0();
+    while (attendPlayback() && clock.now() < deadline) {
+        clock.sleepFor(kLastFadeAttendance);
+    }
+}
+
 void AppDelegate::playButtonPressed(TitledButton* sender) {
     if (work_.isPausing()) {
         return; // the end of a play is waited for
     }
+    const std::uint32_t state = stateAtThisPress();
     if (fBuffersize.load() == 0) {
         value.store(0.0F);
         updateTestValue(0.0F);
         return;
     }
-    if (bufferPlayer.rampState.load() == Silent) {
+    if (state == Silent) {
         startPlay(sender);
     } else {
         askForStop(sender);
@@ -117,6 +146,7 @@ void AppDelegate::playButtonPressed(TitledButton* sender) {
 }
 
 void AppDelegate::startPlay(TitledButton* sender) {
+    bufferPlayer.outputUnit->setSoundName(soundName_->text().toStdString());
     bufferPlay0(0);
     if (sender != nullptr) {
         AttributedTitle alternate = sender->attributedAlternateTitle();
@@ -154,21 +184,6 @@ void AppDelegate::setPlayTitle() {
     playButton->setTitleAlignment(Qt::AlignHCenter);
 }
 
-void AppDelegate::playButtonPressedByMidi() {
-    QMetaObject::invokeMethod(
-        this, [this] { playButtonPressed(nullptr); }, Qt::QueuedConnection);
-}
-
-void AppDelegate::setPlayTitleByMidi() {
-    QMetaObject::invokeMethod(
-        this, [this] { setPlayTitle(); }, Qt::QueuedConnection);
-}
-
-void AppDelegate::midiNoticeChanged() {
-    QMetaObject::invokeMethod(
-        this, [this] { showNotice(); }, Qt::QueuedConnection);
-}
-
 void AppDelegate::resetPlayTitle() {
     playButton->setTitle(tr("Play"));
 }
@@ -184,11 +199,20 @@ void AppDelegate::modeButtonPressed(StateButton* sender) {
 }
 
 void AppDelegate::testButtonPressed(TitledButton* /*sender*/) {
-    if (bufferPlayer.rampState.load() != Silent) {
+    const bool isAltHeld = QGuiApplication::keyboardModifiers().testFlag(Qt::AltModifier);
+    test(isAltHeld ? TestLevel::None : TestLevel::Random);
+}
+
+void AppDelegate::clearMeterAction(QObject* /*sender*/) {
+    test(TestLevel::None);
+}
+
+void AppDelegate::test(TestLevel kind) {
+    if (stateAtThisPress() != Silent) {
         return;
     }
     float level = 0.0F;
-    if (QGuiApplication::keyboardModifiers().testFlag(Qt::AltModifier)) {
+    if (kind == TestLevel::None) {
         resetMeter();
     } else {
         level = randomLevel();
@@ -232,9 +256,11 @@ void AppDelegate::traceMissingBuffer() {
     trace().print("Can't access input buffer\n");
 }
 
-void AppDelegate::attendPlayback() {
+bool AppDelegate::attendPlayback() {
     const bool more = superviseOutputUnit();
-    messages_.drain(*this);
+    if (!isNoteTitleDue_) {
+        messages_.drain(*this);
+    }
     showPlayhead();
     showNotice();
     if (more && !attendant_.isActive()) {
@@ -242,6 +268,7 @@ void AppDelegate::attendPlayback() {
     } else if (!more) {
         attendant_.stop();
     }
+    return more;
 }
 
 } // namespace zemo

@@ -16,7 +16,8 @@ constexpr const char* kPatterns[] = {
     QT_TRANSLATE_NOOP("core", "No audio device: playing silently"),
     QT_TRANSLATE_NOOP("core", "The audio device went away: the play was ended"),
     QT_TRANSLATE_NOOP("core", "MIDI does not answer: no notes are read"),
-    QT_TRANSLATE_NOOP("core", "MIDI went away: no notes are read until ZEMO is started again"),
+    QT_TRANSLATE_NOOP("core",
+                      "MIDI went away: no notes are read. Choose Play ▸ Look for MIDI Again."),
     QT_TRANSLATE_NOOP("core", "ZEMO: Error:"),
     QT_TRANSLATE_NOOP("core", "OK"),
     // files

@@ -17,6 +17,7 @@
 #include "platform_linux/LinuxAudioOutput.h"
 #include "platform_linux/LinuxMidi.h"
 #include "platform_linux/LinuxServices.h"
+#include "platform_linux/StreamProperties.h"
 #include "rescue/RescueFolder.h"
 
 namespace {
@@ -72,15 +73,16 @@ int runWindow(const QApplication& application, char** words) {
     const zemo::QuitOnSignal quitOnSignal([&delegate] { delegate.closeWithoutAsking(); });
     zemo::showFirstFrame(*delegate.window);
     // Only now: the servers of sound and MIDI may take their time to answer.
-    auto midi = zemo::platform::makeLinuxMidi();
+    auto midi = zemo::platform::makeLinuxMidi(zemo::kMidiClientName);
     zemo::platform::services().midi = midi.get();
     delegate.applicationDidFinishLaunching();
     delegate.keepRescueCopies(zemo::rescue::rescueRoot().value_or("")); // none: none can be kept
     if (application.arguments().size() > 1) {
-        delegate.openAnyFile(zemo::pathFromBytes(words[1]));
+        delegate.openAtLaunch(zemo::pathFromBytes(words[1]));
     }
     // A window that was closed meanwhile would end an event loop that does not run yet.
     const int status = delegate.window->isVisible() ? QApplication::exec() : EXIT_SUCCESS;
+    delegate.applicationWillTerminate();
     zemo::platform::services().midi = nullptr;
     midi.reset(); // nothing arrives at a controller that is gone
     return zemo::QuitOnSignal::status(status);
@@ -101,6 +103,7 @@ int main(int argc, char** argv) {
             std::fputs("zemo: there is no display; zemo-batch works without one.\n", stderr));
         return EXIT_FAILURE;
     }
+    zemo::platform::setStreamProperties(ZEMO_VERSION);
     QApplication application(argc, argv);
     QApplication::setApplicationName("ZEMO");
     QApplication::setApplicationVersion(ZEMO_VERSION);

@@ -11,6 +11,7 @@
 #include "platform/OutOfMemory.h"
 #include "platform/Services.h"
 #include "platform_linux/LinuxServices.h"
+#include "platform_linux/StreamProperties.h"
 #include "playback/OutputUnit.h"
 
 namespace zemo::batch {
@@ -104,6 +105,7 @@ int runCommandLine(const std::vector<std::string>& words, platform::SystemTrace&
 } // namespace
 
 int runBatch(std::span<char* const> words) {
+    platform::setStreamProperties(ZEMO_VERSION);
     platform::SteadyClock clock;
     platform::PosixFileOperations fileOperations;
     platform::PosixFileSystem fileSystem(platform::Streams::Read);

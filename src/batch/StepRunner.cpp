@@ -52,10 +52,10 @@ platform::TraceLog& trace() {
     return *platform::services().trace;
 }
 
-/// Prints the callback's trace lines; there is no meter and no button.
+/// Prints the callback's trace lines; of the meter there is only its value, and no button.
 class TracingDelegate final : public RenderDelegate {
     void updateValue(float /*level*/) override {}
-    void resetMeter() override {}
+    void resetMeter() override { value.store(0.0F); }
     void resetPlayTitle() override {}
     void traceIdleCycle(std::int32_t left) override {
         trace().print(format("IdleCycle = %d\n", left));
@@ -221,6 +221,8 @@ bool StepRunner::operator()(const OpenStep& step) {
     const bool finished = finishOpening(url.path(), &peak, step.normalize);
     if (!result.loaded) {
         complainOfStep({"the file was not opened (", result.status, ")."});
+    } else {
+        soundFile_ = step.file;
     }
     return result.loaded && finished;
 }
@@ -293,6 +295,7 @@ bool StepRunner::operator()(const ImportStep& step) {
         complainOfStep({result.error().sentence});
         return false;
     }
+    soundFile_ = step.file;
     const bool printed = printSource(result.value().source);
     if (result.value().incomplete) {
         complainOfStep({"the file is cut off or damaged; what could be read was imported."});
@@ -352,6 +355,7 @@ bool StepRunner::operator()(const PlayStep& /*step*/) {
     }
     platform::LinuxOutputUnit device(R);
     device.setRenderCallback(FloatBufferRenderProc, &bufferPlayer);
+    device.setSoundName(std::string(soundFile_.substr(soundFile_.rfind('/') + 1)));
     RenderMessageQueue queue;
     TracingDelegate delegate;
     const Listening listening(queue);

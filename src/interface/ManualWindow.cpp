@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/OwnEnvironment.h"
+
 namespace zemo {
 namespace {
 
@@ -142,10 +144,16 @@ QString ManualWindow::anchorOf(const QString& heading) {
     return anchor;
 }
 
+/// The other program's sound is not this one's.
+static bool openElsewhere(const QUrl& link) {
+    const platform::WithoutOwnVariables without;
+    return QDesktopServices::openUrl(link);
+}
+
 void ManualWindow::follow(const QUrl& link) {
     if (link.hasFragment() && link.adjusted(QUrl::RemoveFragment) == browser_.source()) {
         goTo(link.fragment());
-    } else if (!QDesktopServices::openUrl(link)) {
+    } else if (!openElsewhere(link)) {
         auto* const word = new QMessageBox(this);
         word->setAttribute(Qt::WA_DeleteOnClose);
         word->setWindowTitle(windowTitle());

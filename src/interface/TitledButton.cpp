@@ -69,10 +69,13 @@ void TitledButton::paintEvent(QPaintEvent* /*event*/) {
                      Qt::AlignLeft | Qt::AlignVCenter, title_.text.mid(coloured.size()));
 }
 
-/// Space plays and stops in the whole window; Enter presses the button that has the focus.
+/// Space plays and stops in the whole window; Enter presses the button that has the focus, once
+/// however long it is held.
 void TitledButton::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
+        if (!event->isAutoRepeat()) {
+            click();
+        }
         return;
     }
     QPushButton::keyPressEvent(event);

@@ -13,26 +13,22 @@ constexpr float kGhost = 0.6F;
 
 constexpr MeterColour kFootColour{0.0F, 0.3F, 0.3F, kOpaque};
 
-MeterColour colour(double red, double green, double blue, float alpha) {
-    return {static_cast<float>(red), static_cast<float>(green), static_cast<float>(blue), alpha};
+// In 32-bit floats throughout: in doubles the low ramp would miss its end by a bit.
+MeterColour lowRamp(float c, float alpha) {
+    return {c, 0.5F + 0.15F * c, 0.3F - 0.3F * c, alpha};
 }
 
-MeterColour lowRamp(float magnitude, float alpha) {
-    const auto c = static_cast<double>(magnitude);
-    return colour(c, 0.5 + 0.15 * c, 0.3 - 0.3 * c, alpha);
-}
-
-MeterColour highRamp(float magnitude, float alpha) {
-    const auto c = static_cast<double>(magnitude);
-    return colour(0.6 + 0.4 * c, 0.5 - 0.5 * c, 0.2 + 0.1 * c, alpha);
+MeterColour highRamp(float c, float alpha) {
+    return {0.6F + 0.4F * c, 0.5F - 0.5F * c, 0.2F + 0.1F * c, alpha};
 }
 
 MeterColour zoneBoundary(float alpha) {
-    return colour(0.7, 0.5, 0.2, alpha);
+    return {0.7F, 0.5F, 0.2F, alpha};
 }
 
+/// The low ramp at the threshold.
 MeterColour lowRampEnd(float alpha) {
-    return colour(0.70710677, 0.606066, 0.087867975, alpha);
+    return {0.70710677F, 0.606066F, 0.087867975F, alpha};
 }
 
 void add(MeterFrame& frame, const MeterQuad& quad) {

@@ -82,22 +82,48 @@ static void passNoticeOn() {
     }
 }
 
-void createMIDI(BufferPlayer* player) {
-    platform::MidiService& midi = *platform::services().midi;
-    player->midiClient = 0;
-    CheckError(midi.createClient("MIDI_Client", player->midiClient),
-               "MIDI Client Create Error\nRelaunch Application:");
+namespace {
+
+/// What came of it: the operation that failed, if one did, and how many sources there are.
+struct Connection {
+    platform::Status status = platform::kNoError;
+    const char* operation = nullptr;
+    long sources = 0;
+};
+
+Connection connectMidi(platform::MidiService& midi, BufferPlayer& player) {
+    player.midiClient = 0;
+    if (const auto status = midi.createClient(kMidiClientName, player.midiClient)) {
+        return {status, "MIDI Client Create Error\nRelaunch Application:"};
+    }
     midi.onNotice(passNoticeOn);
-    CheckError(midi.createInputPort(player->midiClient, "MIDI_Input", midiReadProc, nullptr,
-                                    player->midiInPort),
-               "MIDI Port Create Error\nRelaunch Application:");
+    if (const auto status = midi.createInputPort(player.midiClient, "MIDI_Input", midiReadProc,
+                                                 nullptr, player.midiInPort)) {
+        return {status, "MIDI Port Create Error\nRelaunch Application:"};
+    }
     const long sources = midi.numberOfSources();
     trace().print(format("MIDI Sources: %ld\n", sources));
     for (long index = 0; index < sources; ++index) {
         // A source that cannot be connected is left out.
-        static_cast<void>(midi.connectSource(player->midiInPort, midi.source(index), nullptr));
+        static_cast<void>(midi.connectSource(player.midiInPort, midi.source(index), nullptr));
     }
     omni.store(true);
+    midi.deliver(); // not before: a note on another channel would have been left out
+    return {.sources = sources};
+}
+
+} // namespace
+
+void createMIDI(BufferPlayer* player) {
+    const Connection made = connectMidi(*platform::services().midi, *player);
+    CheckError(made.status, made.operation);
+}
+
+std::optional<long> recreateMIDI(BufferPlayer* player) {
+    platform::MidiService& midi = *platform::services().midi;
+    midi.startOver();
+    const Connection made = connectMidi(midi, *player);
+    return made.status == platform::kNoError ? std::optional(made.sources) : std::nullopt;
 }
 
 void midiReadProc(const platform::MidiPacketList& packets, void* /*readContext*/,

@@ -48,14 +48,6 @@ bool isOwnedAlone(const SampleBlock& block) {
     return isAlone;
 }
 
-/// The callback never waits, so this lasts no longer than one call.
-void awaitRenderCallsUnderWay() {
-    const std::uint64_t entered = callsEntered.load();
-    while (callsLeft.load() < entered) {
-        platform::services().clock->sleepFor(50us);
-    }
-}
-
 } // namespace
 
 SampleBlock ownSamples(float* samples) noexcept {
@@ -99,6 +91,13 @@ SampleBlock allocateUnsetSamples(std::int64_t count) {
 
 bool isSounding() {
     return bufferPlayer.outputUnit != nullptr && bufferPlayer.outputUnit->isRunning();
+}
+
+void awaitRenderCallsUnderWay() {
+    const std::uint64_t entered = callsEntered.load();
+    while (callsLeft.load() < entered) {
+        platform::services().clock->sleepFor(50us);
+    }
 }
 
 void fallIdle() {

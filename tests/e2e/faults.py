@@ -9,7 +9,7 @@ from window import PLAY, STOP
 LOST = "The audio device went away: the play was ended"
 SILENT = "No audio device: playing silently"
 NO_MIDI = "MIDI does not answer: no notes are read"
-MIDI_LOST = "MIDI went away: no notes are read until ZEMO is started again"
+MIDI_LOST = "MIDI went away: no notes are read. Choose Play ▸ Look for MIDI Again."
 TRUTH_SECONDS = 1.0  # for tools/soak: how long it takes says something of a machine at rest only
 METER_TOLERANCE = 3  # of 255
 

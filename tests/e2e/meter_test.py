@@ -40,6 +40,19 @@ class Meter(case.SoundCase):
         self.window.button("Test").click()
         return float(self.wait_for_log("val = ", count))
 
+    def test_the_meter_is_empty_from_the_start(self):
+        samples = audio.constant(0.5, self.rate)
+        self.launch(audio.write_caf(self.path("constant.caf"), self.rate, samples))
+        self.window.wait_for_label("constant.caf")
+        self.wait_for_quads(meter.bar(0))
+
+    def test_the_menu_clears_the_meter(self):
+        self.launch()
+        self.press_test(1)
+        self.window.choose("Clear the Meter")
+        self.assertEqual(float(self.wait_for_log("val = ", 2)), 0)
+        self.wait_for_quads(meter.bar(0))
+
     def test_a_level_in_the_lower_zone_is_one_gradient(self):
         self.play_constant(0.5)
         self.wait_for_quads(meter.bar(0.5))

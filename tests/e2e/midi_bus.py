@@ -30,6 +30,10 @@ class Sender:
         process.stdout.close()
         return None
 
+    def ports(self):
+        """The ports on the server that take MIDI."""
+        return self._ask("ports", []).split()
+
     def _ask(self, command, messages):
         self._process.stdin.write(f"{command} {' '.join(m.hex() for m in messages)}\n")
         self._process.stdin.flush()
@@ -64,6 +68,7 @@ class Bus:
         self._sender = Sender(self.environment)
         self.send = self._sender.send
         self.latency = self._sender.latency
+        self.ports = self._sender.ports
 
     def close(self):
         self._sender.close()

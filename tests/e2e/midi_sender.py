@@ -3,6 +3,7 @@
 Reads commands from standard input, a line each, and answers each with a line:
   send HEX...     sends messages, in hexadecimal, as fast as the bus takes them; answers "sent"
   latency HEX     sends one message and answers with the frames from it to the first sound
+  ports           answers with the names of the ports on the server that take MIDI
 """
 
 import collections
@@ -59,6 +60,8 @@ def main():
             if command == "send":
                 send(messages)
                 answer("sent")
+            elif command == "ports":
+                answer(" ".join(port.name for port in client.get_ports(is_midi=True, is_input=True)))
             else:
                 state["sent_at"] = None
                 heard.clear()

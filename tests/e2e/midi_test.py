@@ -2,9 +2,11 @@
 
 import audio
 import case
-from midi_bus import RATE, Bus, note_off, note_on
-from servers import wait_for
-from window import PLAY, STOP
+from faults import MIDI_LOST, SILENT, says, wait_for_sentence
+from midi_bus import RATE, Bus, Sender, note_off, note_on
+from servers import SoundServer, wait_for
+from sound_servers import JackServer
+from window import PLAY, STOP, Program, Window, press_keys
 
 setUpModule = case.start_desktop
 
@@ -42,6 +44,34 @@ class Keyboard(BusCase):
         self.addCleanup(self.bus.let_clients_go)
         self.bus.wait_for_clients()
 
+    def test_the_client_has_its_given_name(self):
+        self.launch(environment=self.bus.environment)
+        wait_for(lambda: "MIDI_Client:MIDI_Input" in self.bus.ports(), "the client is on the bus")
+
+    def test_a_note_plays_the_sound_that_is_being_opened_at_launch(self):
+        sound = audio.write_caf(self.path("long.caf"), RATE, audio.constant(0.25, 600 * RATE))
+        self.program = Program(case.desktop, sound, environment=self.bus.environment)
+        self.addCleanup(self.program.close)
+        while self.lines("Channel: 1, Message: b") == 0:  # until the source is connected
+            self.bus.send(bytes([0xB1, 7, 99]))
+        self.bus.send(note_on(channel=5))
+        self.window = Window(self.program)
+        self.window.wait_for_title(STOP)
+
+    def test_a_source_that_comes_later_is_heard_after_another_look(self):
+        self.launch_with_sound()
+        later = Sender(self.bus.environment)
+        self.addCleanup(later.close)
+        later.send(note_on(channel=2))
+        self.bus.send(bytes([0xB1, 7, 99]))
+        self.wait_for_lines("Channel: 1, Message: b", 1)
+        self.assertEqual(self.lines("NOTE ON"), 0)
+        self.window.choose("Look for MIDI Again")
+        self.window.wait_for_label("MIDI sources: 2")
+        later.send(note_on(channel=2))
+        self.window.wait_for_title(STOP)
+        self.assertIn("MIDI_Client:MIDI_Input", self.bus.ports())
+
     def test_a_note_plays_and_the_next_one_stops(self):
         self.launch_with_sound()
         self.bus.send(note_on())
@@ -78,6 +108,59 @@ class Keyboard(BusCase):
         self.bus.send(bytes([0xB1, 7, 99]))
         self.wait_for_lines("Channel: 1, Message: b", 1)
         self.assertEqual(self.lines("NOTE ON"), 10000)
+
+
+class AnotherServer(case.WindowCase):
+    """A JACK server that dies and comes back."""
+
+    def launch_on_the_bus(self, environment=None):
+        self.bus = JackServer(case.desktop, RATE, period=4096)
+        self.addCleanup(self.bus.close)
+        self.send_on_the_bus()
+        sound = audio.write_caf(self.path("noise.caf"), RATE, audio.noise(2 * RATE, seed=5))
+        self.launch(sound, environment=self.bus.environment | (environment or {}))
+        self.window.wait_for_label("noise.caf")
+
+    def send_on_the_bus(self):
+        self.sender = Sender(self.bus.environment)
+        self.addCleanup(self.sender.close)
+
+    def kill_and_look_again(self):
+        self.bus.kill()
+        wait_for_sentence(self.window, MIDI_LOST)
+        self.look_again(0)
+        self.sender.close()  # or it would wake the server's next clients as well, once more each
+        self.bus.start()
+        self.send_on_the_bus()
+        self.look_again(1)
+
+    def look_again(self, sources):
+        self.window.choose("Look for MIDI Again")
+        self.window.wait_for_label(f"MIDI sources: {sources}")
+        self.assertFalse(says(self.window, MIDI_LOST))
+
+    def assert_a_note_plays(self, count):
+        self.sender.send(note_on())
+        wait_for(lambda: self.program.output().count("IdleCycle = 1") == count, "the sound ends")
+        self.assertEqual(self.program.output().count("NOTE ON"), count)
+        self.window.wait_for_title(PLAY)
+
+    def test_its_notes_are_heard_after_another_look(self):
+        server = SoundServer(case.desktop, RATE)
+        self.addCleanup(server.close)
+        self.launch_on_the_bus(server.environment)
+        self.kill_and_look_again()
+        self.assert_a_note_plays(1)
+
+    def test_its_notes_are_heard_where_it_serves_the_sound_as_well(self):
+        self.launch_on_the_bus()
+        self.assert_a_note_plays(1)
+        for count in (2, 3):
+            self.kill_and_look_again()
+            self.assert_a_note_plays(count)
+            self.assertFalse(says(self.window, SILENT))
+        press_keys("ctrl+q")
+        self.assertEqual(self.program.status(), 0)
 
 
 if __name__ == "__main__":

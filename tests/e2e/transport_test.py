@@ -1,11 +1,22 @@
 """Play and Stop, in the middle of things."""
 
+import os
+import random
+import subprocess
+
 import audio
 import case
 from servers import wait_for
-from window import GREEN, PLAY, RED, STOP
+from window import GREEN, PLAY, RED, STOP, press_keys
 
 setUpModule = case.start_desktop
+
+FRAMES = 512  # of a render call, and so of a fade
+BURSTS = int(os.environ.get("ZEMO_BURSTS", "30"))
+
+
+def xdotool(*words):
+    subprocess.run(["xdotool", *words], stdin=subprocess.DEVNULL, check=True)
 
 
 class Transport(case.SoundCase):
@@ -26,8 +37,50 @@ class Transport(case.SoundCase):
         self.listener.wait_for_sound(0.3)
         self.stop()
         [heard] = self.listener.wait_for_plays(1)
+        self.assert_faded(heard, samples)
+
+    def assert_faded(self, heard, samples):
+        """Up to its last frame, each fade over one call."""
         play = self.assert_exact(heard, samples)
-        self.assertEqual(len(heard), play.fade_out + play.last_call)
+        self.assertEqual((play.first_call, play.last_call), (FRAMES, FRAMES))
+        self.assertEqual(len(heard), play.fade_out + FRAMES)
+
+    def test_quitting_fades_out_over_one_call(self):
+        samples = self.load()
+        self.play()
+        self.listener.wait_for_sound(0.3)
+        press_keys("ctrl+q")
+        self.assertEqual(self.program.status(), 0)
+        [heard] = self.listener.wait_for_plays(1)
+        self.assert_faded(heard, samples)
+
+    def test_quitting_does_not_wait_for_a_server_that_stands_still(self):
+        self.load()
+        self.play()
+        self.listener.wait_for_sound(0.1)
+        self.server.freeze()
+        press_keys("ctrl+q")
+        self.assertEqual(self.program.status(), 0)
+
+    def test_a_held_space_is_one_play(self):
+        self.load(seconds=0.3)
+        xdotool("keydown", "space")
+        self.listener.wait_for_plays(1)
+        self.listener.wait_for_more(1)
+        xdotool("keyup", "space")
+        self.assertEqual(self.listener.plays_so_far(), 1)
+
+    def test_after_a_burst_of_space_the_title_says_what_sounds(self):
+        self.load(seconds=60)
+        recording = self.server.record()
+        self.addCleanup(recording.close)
+        source = random.Random(16)
+        for _ in range(BURSTS):
+            presses = source.randrange(2, 9)
+            xdotool("key", "--delay", str(source.randrange(10, 60)), *["space"] * presses)
+            self.listener.wait_for_more(0.6)  # the last fade, and what the server holds before it
+            sounds = recording.frames()[-self.rate // 20:].any()
+            self.window.wait_for_title(STOP if sounds else PLAY)
 
     def test_the_title_is_red_during_a_play(self):
         self.load()

@@ -50,14 +50,12 @@ MeterColour ghostly(MeterColour colour) {
     return colour;
 }
 
-MeterColour low(double c) {
-    return {static_cast<float>(c), static_cast<float>(0.5 + 0.15 * c),
-            static_cast<float>(0.3 - 0.3 * c), 1.0F};
+MeterColour low(float c) {
+    return {c, 0.5F + 0.15F * c, 0.3F - 0.3F * c, 1.0F};
 }
 
-MeterColour high(double c) {
-    return {static_cast<float>(0.6 + 0.4 * c), static_cast<float>(0.5 - 0.5 * c),
-            static_cast<float>(0.2 + 0.1 * c), 1.0F};
+MeterColour high(float c) {
+    return {0.6F + 0.4F * c, 0.5F - 0.5F * c, 0.2F + 0.1F * c, 1.0F};
 }
 
 Quads quadsOf(const MeterFrame& frame) {
@@ -104,18 +102,27 @@ TEST(MeterFrame, SpansTheMiddleHalfOfTheView) {
     EXPECT_EQ(MeterQuad::kRight, 0.5F);
 }
 
+/// Which the arithmetic of doubles would miss by one bit of the blue.
+TEST(MeterFrame, HasTheLowRampsEndAtTheThreshold) {
+    for (const float level : {kT, 0.9F, 1.0F}) {
+        EXPECT_EQ(meterFrame(level, kReset).quads[0].topColour, kLowEnd) << level;
+    }
+    EXPECT_EQ(meterFrame(0.0F, kReset).quads[0].topColour, (MeterColour{0.0F, 0.5F, 0.3F, 1.0F}));
+    EXPECT_EQ(meterFrame(1.0F, kReset).quads[1].topColour, (MeterColour{1.0F, 0.0F, 0.3F, 1.0F}));
+}
+
 TEST(MeterFrame, OfZeroAfterAResetIsTheFootLineAlone) {
-    EXPECT_EQ(quadsOf(meterFrame(0.0F, kReset)), Quads({{kFoot, kFoot, kFootColour, low(0.0)}}));
+    EXPECT_EQ(quadsOf(meterFrame(0.0F, kReset)), Quads({{kFoot, kFoot, kFootColour, low(0.0F)}}));
 }
 
 TEST(MeterFrame, OfALowLevelIsOneQuad) {
     EXPECT_EQ(quadsOf(meterFrame(0.25F, kReset)),
-              Quads({{kFoot, positionOf(0.25F), kFootColour, low(0.25)}}));
+              Quads({{kFoot, positionOf(0.25F), kFootColour, low(0.25F)}}));
 }
 
 TEST(MeterFrame, OfOneReachesTheTopInRed) {
     EXPECT_EQ(quadsOf(meterFrame(1.0F, kReset)),
-              Quads({{kFoot, 0.70710677F, kFootColour, low(static_cast<double>(kT))},
+              Quads({{kFoot, 0.70710677F, kFootColour, low(kT)},
                      {0.70710677F, 0.98F, kBoundary, {1.0F, 0.0F, 0.3F, 1.0F}}}));
 }
 
@@ -129,15 +136,14 @@ TEST(MeterFrame, OfALevelAboveOneGoesPastTheTop) {
     const Quads quads = quadsOf(meterFrame(2.0F, kReset));
     ASSERT_EQ(quads.size(), 2U);
     EXPECT_EQ(quads[1].top, positionOf(2.0F));
-    EXPECT_EQ(quads[1].topColour, high(2.0));
+    EXPECT_EQ(quads[1].topColour, high(2.0F));
 }
 
 TEST(MeterFrame, TheUpperZoneGoesByTheMagnitudeAndHasNoHeightWhileThePositionIsBelow) {
     const float top = positionOf(0.8F); // 0.588
     ASSERT_LT(top, kT);
     EXPECT_EQ(quadsOf(meterFrame(0.8F, kReset)),
-              Quads({{kFoot, top, kFootColour, low(static_cast<double>(kT))},
-                     {top, top, kBoundary, high(static_cast<double>(0.8F))}}));
+              Quads({{kFoot, top, kFootColour, low(kT)}, {top, top, kBoundary, high(0.8F)}}));
 }
 
 TEST(MeterFrame, TheUpperZoneBeginsStrictlyAboveTheThreshold) {
@@ -168,31 +174,30 @@ TEST(MeterGhost, BelowTheThresholdIsOneQuadOfTheLowRamp) {
     const Quads quads = quadsOf(frameAfter(0.5F, 0.25F));
     ASSERT_EQ(quads.size(), 2U);
     EXPECT_EQ(quads[1],
-              (MeterQuad{positionOf(0.25F), 0.0F, ghostly(low(0.25)), ghostly(low(0.5))}));
+              (MeterQuad{positionOf(0.25F), 0.0F, ghostly(low(0.25F)), ghostly(low(0.5F))}));
 }
 
 TEST(MeterGhost, AcrossTheThresholdIsTwoQuads) {
     const Quads quads = quadsOf(frameAfter(1.0F, 0.2F));
     ASSERT_EQ(quads.size(), 3U);
-    EXPECT_EQ(quads[1], (MeterQuad{positionOf(0.2F), kT, ghostly(low(static_cast<double>(0.2F))),
-                                   ghostly(kLowEnd)}));
-    EXPECT_EQ(quads[2], (MeterQuad{kT, 0.98F, ghostly(kBoundary), ghostly(high(1.0))}));
+    EXPECT_EQ(quads[1], (MeterQuad{positionOf(0.2F), kT, ghostly(low(0.2F)), ghostly(kLowEnd)}));
+    EXPECT_EQ(quads[2], (MeterQuad{kT, 0.98F, ghostly(kBoundary), ghostly(high(1.0F))}));
     EXPECT_NEAR(static_cast<double>(quads[1].foot), -0.588, 1e-6);
 }
 
 TEST(MeterGhost, AboveTheThresholdIsOneQuadOfTheHighRamp) {
     const Quads quads = quadsOf(frameAfter(1.0F, 0.9F));
     ASSERT_EQ(quads.size(), 3U);
-    EXPECT_EQ(quads[2], (MeterQuad{positionOf(0.9F), 0.98F,
-                                   ghostly(high(static_cast<double>(0.9F))), ghostly(high(1.0))}));
+    EXPECT_EQ(quads[2],
+              (MeterQuad{positionOf(0.9F), 0.98F, ghostly(high(0.9F)), ghostly(high(1.0F))}));
 }
 
 TEST(MeterGhost, GoesByPositionsWhereTheUpperZoneGoesByMagnitudes) {
     // 0.8 is above the threshold as a magnitude and below it as a position.
     const Quads quads = quadsOf(frameAfter(0.8F, 0.75F));
     ASSERT_EQ(quads.size(), 3U) << "lower zone, an upper zone without height, one ghost";
-    EXPECT_EQ(quads[2], (MeterQuad{positionOf(0.75F), positionOf(0.8F), ghostly(low(0.75)),
-                                   ghostly(low(static_cast<double>(0.8F)))}));
+    EXPECT_EQ(quads[2], (MeterQuad{positionOf(0.75F), positionOf(0.8F), ghostly(low(0.75F)),
+                                   ghostly(low(0.8F))}));
 }
 
 TEST(MeterGhost, CanCrossTheThresholdOverAnUpperZoneWithoutHeight) {
@@ -210,7 +215,7 @@ TEST(MeterGhost, LastsOneFrame) {
 TEST(MeterGhost, AFreshMeterDrawsOneUpToTheMiddle) {
     const Quads quads = quadsOf(meterFrame(0.0F, MeterMemory{}));
     ASSERT_EQ(quads.size(), 2U);
-    EXPECT_EQ(quads[1], (MeterQuad{kFoot, 0.0F, ghostly(low(0.0)), ghostly(low(0.0))}));
+    EXPECT_EQ(quads[1], (MeterQuad{kFoot, 0.0F, ghostly(low(0.0F)), ghostly(low(0.0F))}));
 }
 
 TEST(MeterMemory, IsTheTopAndTheMagnitudeOfTheFrameJustDrawn) {
@@ -245,14 +250,14 @@ TEST(MeterFrame, NoSequenceOfNaNsAndInfinitiesGivesANaNCoordinate) {
 /// One frame as the rules put it, on plain variables.
 Quads drawnByTheRules(float value, float& prevV, float& prevCv) {
     Quads drawn;
-    const double c = value < 0.0F ? -static_cast<double>(value) : static_cast<double>(value);
-    const auto y = static_cast<float>(-0.98 + 1.96 * c);
+    const float c = value < 0.0F ? -value : value;
+    const float y = positionOf(c);
     const float yl = y <= kT ? y : static_cast<float>(0.7071067811865476);
-    drawn.push_back({kFoot, yl, kFootColour, low(std::min(c, static_cast<double>(kT)))});
-    if (c > static_cast<double>(kT)) {
+    drawn.push_back({kFoot, yl, kFootColour, low(std::min(c, kT))});
+    if (c > kT) {
         drawn.push_back({yl, y, kBoundary, high(c)});
     }
-    const auto before = static_cast<double>(prevCv);
+    const float before = prevCv;
     if (prevV > y && prevV <= kT) {
         drawn.push_back({y, prevV, ghostly(low(c)), ghostly(low(before))});
     } else if (prevV > y && y <= kT) {
@@ -262,7 +267,7 @@ Quads drawnByTheRules(float value, float& prevV, float& prevCv) {
         drawn.push_back({y, prevV, ghostly(high(c)), ghostly(high(before))});
     }
     prevV = y;
-    prevCv = static_cast<float>(c);
+    prevCv = c;
     return drawn;
 }
 

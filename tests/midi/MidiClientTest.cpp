@@ -68,6 +68,7 @@ TEST_F(Midi, CreatesAClientAPortAndConnectsEverySource) {
     EXPECT_EQ(bufferPlayer.midiClient, 7U);
     EXPECT_EQ(bufferPlayer.midiInPort, 9U);
     EXPECT_TRUE(omni);
+    EXPECT_TRUE(platform.midi.omniAtDelivery) << "or a note on another channel is left out";
 }
 
 TEST_F(Midi, WithoutSourcesAllGoesOn) {

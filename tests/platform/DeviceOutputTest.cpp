@@ -39,6 +39,7 @@ struct Servers {
     std::atomic<int> alive{0};
     std::atomic<std::uint32_t> askedRate{0};
     std::atomic<DeviceRun*> run{nullptr}; ///< of the stream that was started last
+    std::vector<std::string> names;       ///< of the streams, to be read after they were opened
     std::promise<void> end;
     std::shared_future<void> ended = end.get_future().share();
 };
@@ -53,7 +54,9 @@ public:
         hang(servers_.hangsInConnect);
         return servers_.rate;
     }
-    bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate) override {
+    bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate,
+                    const std::string& name) override {
+        servers_.names.push_back(name);
         ++servers_.opened;
         hang(servers_.hangsInOpen);
         run_ = std::move(run);
@@ -125,9 +128,9 @@ protected:
         return unit_->start() == kNoError && await([&] { return servers_.started > before; });
     }
 
-    /// The device asks for 64 frames; how many it gets.
+    /// The device asks for as many frames as one call has; how many it gets.
     std::uint32_t request() {
-        std::array<float, 64> frames{};
+        std::array<float, kFramesPerRenderCall> frames{};
         return servers_.run.load()->feed.fill(frames.data(), frames.size());
     }
 
@@ -224,7 +227,7 @@ TEST_F(Play, MakesNoCallBeforeItIsAttended) {
 TEST_F(Play, EndsWhenTheDeviceSaysThatAllWasHeard) {
     play();
     servers_.run.load()->feed.askStop();
-    while (request() == 64) {
+    while (request() == kFramesPerRenderCall) {
     }
     EXPECT_TRUE(unit_->attend());
     servers_.run.load()->ended = true;
@@ -235,7 +238,7 @@ TEST_F(Play, EndsWhenTheDeviceSaysThatAllWasHeard) {
 TEST_F(Play, EndsASecondAfterItsLastFrameWhenTheDeviceSaysNothing) {
     play();
     servers_.run.load()->feed.askStop();
-    while (request() == 64) {
+    while (request() == kFramesPerRenderCall) {
     }
     EXPECT_TRUE(unit_->attend());
     clock_.time += 990ms;
@@ -251,6 +254,45 @@ TEST_F(Play, KeepsTheConnectionForTheNextOne) {
     ASSERT_TRUE(begin());
     EXPECT_EQ(servers_.connected, 1);
     EXPECT_EQ(servers_.opened, 2);
+}
+
+TEST_F(Play, ConnectsAnewAfterAConnectionThatWasGivenUp) {
+    play();
+    unit_->disconnect();
+    EXPECT_EQ(servers_.alive, 1) << "not during a play";
+    unit_->stop();
+    unit_->disconnect();
+    EXPECT_EQ(servers_.alive, 0) << "by then";
+    unit_->disconnect();
+    ASSERT_TRUE(begin());
+    EXPECT_EQ(servers_.connected, 2);
+}
+
+TEST_F(Loss, IsNoticedBeforeTheConnectionIsGivenUp) {
+    play();
+    servers_.heard = false;
+    unit_->disconnect();
+    EXPECT_EQ(servers_.alive, 0);
+    EXPECT_FALSE(unit_->attend());
+    expectLost();
+}
+
+TEST_F(Play, LeavesAServerBehindThatHangsWhenItsConnectionIsGivenUp) {
+    limits_.farewell = 20ms;
+    play();
+    servers_.hangsInClose = true;
+    unit_->stop();
+    unit_->disconnect();
+    ASSERT_TRUE(begin());
+    EXPECT_EQ(servers_.connected, 2);
+}
+
+TEST_F(Play, IsCalledAfterItsSound) {
+    play();
+    unit_->stop();
+    unit_->setSoundName("bell.caf");
+    ASSERT_TRUE(begin());
+    EXPECT_EQ(servers_.names, (std::vector<std::string>{"", "bell.caf"}));
 }
 
 TEST_F(Play, ConnectsAnewWhereTheConnectionTakesNoStream) {

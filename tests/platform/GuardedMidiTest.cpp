@@ -108,6 +108,7 @@ protected:
         const Status second = midi_->createInputPort(client, "port", read, &received_, port);
         sources_ = midi_->numberOfSources();
         const Status third = midi_->connectSource(port, midi_->source(1), nullptr);
+        midi_->deliver();
         EXPECT_NE(client, 0U);
         EXPECT_NE(port, 0U);
         return {first, second, third};
@@ -144,6 +145,29 @@ TEST_F(Guard, PassesMessagesOn) {
     bus_.send();
     bus_.send();
     EXPECT_EQ(received_, 2);
+}
+
+TEST_F(Guard, KeepsMessagesUntilTheyAreToBeDelivered) {
+    make(kPatience);
+    std::vector<std::uint8_t> read;
+    const auto append = [](const MidiPacketList& packets, void* context, void* source) {
+        auto& all = *static_cast<std::vector<std::uint8_t>*>(context);
+        all.insert(all.end(), packets.bytes, packets.bytes + packets.size);
+        all.push_back(*static_cast<std::uint8_t*>(source));
+    };
+    MidiObject client = 0;
+    MidiObject port = 0;
+    midi_->createClient("client", client);
+    midi_->createInputPort(client, "port", append, &read, port);
+    std::uint8_t source = 9;
+    const auto send = [&](std::uint8_t byte) { bus_.read({&byte, 1}, bus_.context, &source); };
+    send(1);
+    send(2);
+    EXPECT_TRUE(read.empty());
+    midi_->deliver();
+    EXPECT_EQ(read, (std::vector<std::uint8_t>{1, 9, 2, 9}));
+    send(3);
+    EXPECT_EQ(read, (std::vector<std::uint8_t>{1, 9, 2, 9, 3, 9}));
 }
 
 TEST_F(Guard, PassesEveryNoticeOn) {
@@ -209,6 +233,58 @@ TEST_F(Guard, WaitsOnceAtMost) {
         setUp();
     }
     EXPECT_LT(std::chrono::steady_clock::now() - before, 10s); // 80 s, if each call waited
+}
+
+TEST_F(Guard, StartedOverItIsAnotherServiceAndTheOneBeforeIsClosed) {
+    make(kPatience);
+    setUp();
+    const MidiReadProc before = bus_.read;
+    void* const contextBefore = bus_.context;
+    bus_.send();
+    bus_.notice = "gone";
+    midi_->onNotice([] {});
+    bus_.changed();
+    EXPECT_EQ(midi_->notice(), "gone");
+    midi_->startOver();
+    EXPECT_EQ(midi_->notice(), "");
+    EXPECT_EQ(setUp(), std::vector<Status>(3, kNoError));
+    EXPECT_EQ(sources_, 2);
+    EXPECT_EQ(bus_.connections, 2);
+    EXPECT_EQ(bus_.alive, 1);
+    bus_.send();
+    EXPECT_EQ(received_, 2);
+    EXPECT_TRUE(before != bus_.read || contextBefore != bus_.context) << "by a gate of its own";
+}
+
+TEST_F(Guard, StartedOverItPassesNothingOfTheServiceBefore) {
+    make(kPatience);
+    setUp();
+    bus_.hangsInOpen = true; // so that the one before is there until then
+    midi_->startOver();
+    bus_.send();
+    EXPECT_EQ(received_, 0);
+}
+
+TEST_F(Guard, StartedOverItIsThereAgainAfterItWasGivenUp) {
+    bus_.hangsInPort = true;
+    make(100ms);
+    expectGivenUp();
+    bus_.hangsInPort = false;
+    midi_->startOver();
+    EXPECT_EQ(setUp(), std::vector<Status>(3, kNoError));
+    EXPECT_EQ(midi_->notice(), "");
+    EXPECT_EQ(sources_, 2);
+}
+
+TEST_F(Guard, LeavesNoMoreThanEightHungServicesBehind) {
+    bus_.hangsInOpen = true;
+    make(1ms);
+    for (int i = 0; i < 20; ++i) {
+        expectGivenUp();
+        midi_->startOver();
+        EXPECT_LE(CallThread::alive(), 8);
+    }
+    expectGivenUp();
 }
 
 TEST_F(Guard, GoesAtOnceThoughTheServiceHangs) {

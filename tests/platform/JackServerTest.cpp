@@ -31,20 +31,27 @@ protected:
     JackPlaces places_;
 };
 
-TEST_F(JackSockets, AnOpenOneTellsOfALivingServer) {
+TEST_F(JackSockets, OneThatIsListenedAtTellsOfALivingServerAndWhich) {
     places_.sockets = places_.memory + "/sockets";
-    const auto isAliveWith = [this](const std::string& line) {
-        std::ofstream(places_.sockets) << "Num RefCount Path\n" << line << "\n";
-        return isJackServerAlive(places_);
+    const auto serverAmong = [this](const std::string& lines) {
+        std::ofstream(places_.sockets) << "Num RefCount Protocol Flags Type St Inode Path\n"
+                                       << lines;
+        return jackServerSocket(places_);
     };
-    const std::string path = "1: 2 0 1 1 3 4 " + places_.memory + "/jack_";
-    EXPECT_TRUE(isAliveWith(path + "studio_1000_0"));
-    EXPECT_TRUE(isAliveWith(path + "studio_0"));
-    EXPECT_FALSE(isAliveWith(path + "studio_1001_0"));
-    EXPECT_FALSE(isAliveWith(path + "studios_1000_0"));
-    EXPECT_FALSE(isAliveWith("1: 2 0 1 1 3 4 @" + places_.memory + "/jack_studio_0"));
+    const std::string path = places_.memory + "/jack_";
+    const std::string listening = "00000000a4: 00000002 00000000 00010000 0001 01 640865 ";
+    const std::string connected = "00000000a8: 00000003 00000000 00000000 0001 03 640867 ";
+    EXPECT_EQ(serverAmong(listening + path + "studio_1000_0\n"), 640865U);
+    EXPECT_EQ(serverAmong(listening + path + "studio_0\n"), 640865U);
+    EXPECT_EQ(serverAmong(connected + path + "studio_0\n" + listening + path + "studio_0\n"),
+              640865U);
+    EXPECT_EQ(serverAmong(connected + path + "studio_0\n"), 0U);
+    EXPECT_EQ(serverAmong(listening + path + "studio_1001_0\n"), 0U);
+    EXPECT_EQ(serverAmong(listening + path + "studios_1000_0\n"), 0U);
+    EXPECT_EQ(serverAmong(listening + "@" + path + "studio_0\n"), 0U);
+    EXPECT_EQ(serverAmong("\nnonsense\n" + listening + "\n"), 0U);
     places_.sockets += "-not-there";
-    EXPECT_FALSE(isJackServerAlive(places_));
+    EXPECT_EQ(jackServerSocket(places_), 0U);
 }
 
 TEST_F(JackSockets, WithoutOneThereIsNoServer) {

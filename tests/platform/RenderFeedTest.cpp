@@ -6,6 +6,8 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <numeric>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -14,12 +16,21 @@ namespace {
 
 using Phase = RenderFeed::Phase;
 
+constexpr std::uint32_t kCall = kFramesPerRenderCall;
+
 /// What the callback was given, and what it does with it.
 struct Calls {
     std::vector<std::uint32_t> frames;
     std::vector<double> times;
     std::function<void(float*, std::uint32_t)> render;
 };
+
+/// The numbers from `first` on.
+std::vector<float> counted(float first, std::size_t count) {
+    std::vector<float> numbers(count);
+    std::iota(numbers.begin(), numbers.end(), first);
+    return numbers;
+}
 
 Status record(void* context, RenderActionFlags* flags, const AudioTimeStamp* time,
               std::uint32_t bus, std::uint32_t frames, AudioBufferList* data) {
@@ -52,8 +63,17 @@ protected:
         calls_.render = [](float* output, std::uint32_t n) { std::fill_n(output, n, 1.0F); };
     }
 
+    /// Every frame has a number of its own, from 1 on.
+    void renderCounting() {
+        calls_.render = [this](float* output, std::uint32_t n) {
+            std::iota(output, output + n, next_);
+            next_ += static_cast<float>(n);
+        };
+    }
+
     RenderFeed feed_;
     Calls calls_;
+    float next_ = 1.0F;
     std::uint32_t delivered_ = 0;
 };
 
@@ -71,20 +91,45 @@ TEST_F(Feed, RendersFromItsBeginning) {
     EXPECT_EQ(delivered_, 8U);
 }
 
-TEST_F(Feed, EveryRequestIsOneCallOfAsManyFrames) {
+TEST_F(Feed, EveryCallIsOf512FramesWhateverTheDeviceAsksFor) {
     feed_.begin();
-    for (const std::uint32_t frames : {1U, 900U, 300U, 4096U}) {
+    std::uint32_t asked = 0;
+    for (const std::uint32_t frames : {1U, 900U, 0U, 123U, 511U, 512U, 513U, 4096U}) {
         fill(frames);
+        EXPECT_EQ(delivered_, frames);
+        asked += frames;
+        EXPECT_EQ(calls_.frames.size(), (asked + kCall - 1) / kCall) << "no call before its time";
     }
-    EXPECT_EQ(calls_.frames, std::vector<std::uint32_t>({1, 900, 300, 4096}));
+    EXPECT_EQ(calls_.frames, std::vector<std::uint32_t>(calls_.frames.size(), 512U));
+}
+
+TEST_F(Feed, DeliversTheCallsOneAfterTheOtherWhateverTheDeviceAsksFor) {
+    std::mt19937 random(1);
+    const std::vector<std::uint32_t> lengths{0, 1, 511, 512, 513, 4096};
+    for (int run = 0; run < 50; ++run) {
+        renderCounting();
+        next_ = 1.0F;
+        feed_.begin();
+        std::vector<float> heard;
+        while (heard.size() < 20'000) {
+            const bool odd = random() % 2 == 0;
+            const auto frames = odd ? static_cast<std::uint32_t>(random() % 1500)
+                                    : lengths[random() % lengths.size()];
+            const auto got = fill(frames);
+            ASSERT_EQ(delivered_, frames);
+            heard.insert(heard.end(), got.begin(), got.end());
+        }
+        ASSERT_EQ(heard, counted(1.0F, heard.size()));
+        feed_.end();
+    }
 }
 
 TEST_F(Feed, TheTimeStampCountsTheFramesOfTheRun) {
     feed_.begin();
     fill(10);
-    fill(5);
+    fill(1014);
     fill(1);
-    EXPECT_EQ(calls_.times, std::vector<double>({0, 10, 15}));
+    EXPECT_EQ(calls_.times, std::vector<double>({0, 512, 1024}));
     feed_.askStop();
     fill(1);
     feed_.end();
@@ -94,19 +139,21 @@ TEST_F(Feed, TheTimeStampCountsTheFramesOfTheRun) {
 }
 
 TEST_F(Feed, AFrameThatTheCallbackLeavesAloneIsSilent) {
-    calls_.render = [](float* output, std::uint32_t) {
+    calls_.render = [this](float* output, std::uint32_t) {
         EXPECT_EQ(output[0], 0.0F) << "before the callback, too";
-        output[1] = 0.5F;
+        output[calls_.frames.size()] = 0.5F;
     };
     feed_.begin();
     EXPECT_EQ(fill(3), std::vector<float>({0.0F, 0.5F, 0.0F}));
+    fill(kCall - 3);
+    EXPECT_EQ(fill(3), std::vector<float>({0.0F, 0.0F, 0.5F})) << "nothing of the call before";
 }
 
 TEST_F(Feed, AfterTheStopTheCallbackIsCalledNoMore) {
     renderOnes();
     feed_.setTail(100);
     feed_.begin();
-    fill(8);
+    fill(kCall);
     feed_.askStop();
     EXPECT_EQ(feed_.phase(), Phase::Tail);
     EXPECT_EQ(fill(8), std::vector<float>(8, 0.0F));
@@ -114,33 +161,72 @@ TEST_F(Feed, AfterTheStopTheCallbackIsCalledNoMore) {
     EXPECT_EQ(calls_.frames.size(), 1U);
 }
 
+TEST_F(Feed, WhatWasRenderedIsDeliveredAfterTheStop) {
+    renderCounting();
+    feed_.setTail(100);
+    feed_.begin();
+    fill(8);
+    feed_.askStop();
+    std::vector<float> expected = counted(9.0F, kCall - 8);
+    expected.resize(kCall, 0.0F);
+    EXPECT_EQ(fill(kCall), expected) << "and then the tail begins";
+    EXPECT_EQ(delivered_, kCall);
+    EXPECT_EQ(fill(200), std::vector<float>(200, 0.0F));
+    EXPECT_EQ(delivered_, 100U - 8U) << "all of it";
+    EXPECT_EQ(calls_.frames.size(), 1U);
+}
+
+TEST_F(Feed, ATailOfNothingCutsNothingOff) {
+    renderCounting();
+    for (const std::uint32_t request : {kCall - 8, kCall - 7, 4096U}) {
+        next_ = 1.0F;
+        feed_.begin();
+        fill(8);
+        feed_.askStop();
+        std::vector<float> heard = fill(request);
+        EXPECT_EQ(delivered_, kCall - 8) << request;
+        heard.resize(delivered_);
+        EXPECT_EQ(heard, counted(9.0F, kCall - 8));
+        fill(1);
+        EXPECT_EQ(delivered_, 0U);
+        EXPECT_EQ(feed_.phase(), Phase::Drained);
+        feed_.end();
+    }
+}
+
 TEST_F(Feed, AStopFromInsideTheCallbackEndsTheCallsAfterThisOne) {
     feed_.setTail(100);
     calls_.render = [this](float* output, std::uint32_t n) {
-        std::fill_n(output, n, 0.5F);
+        std::iota(output, output + n, 1.0F);
         feed_.askStop();
     };
     feed_.begin();
-    EXPECT_EQ(fill(4), std::vector<float>(4, 0.5F));
-    fill(4);
+    EXPECT_EQ(fill(4), counted(1.0F, 4));
+    std::vector<float> rest = counted(5.0F, kCall - 4);
+    rest.resize(kCall, 0.0F);
+    EXPECT_EQ(fill(kCall), rest) << "but its own frames are delivered";
     EXPECT_EQ(calls_.frames.size(), 1U);
 }
 
 TEST_F(Feed, TheTailIsAsLongAsAskedToAFrame) {
+    renderOnes();
     for (const std::uint32_t tail : {0U, 1U, 7U, 8U, 9U, 63U, 64U, 65U, 2880U}) {
         for (const std::uint32_t request : {1U, 8U, 64U, 900U}) {
             feed_.setTail(tail);
             feed_.begin();
             fill(5);
             feed_.askStop();
-            std::uint32_t total = 0;
+            std::vector<float> heard;
             do {
-                fill(request);
-                total += delivered_;
+                const auto got = fill(request);
+                heard.insert(heard.end(), got.begin(), got.begin() + delivered_);
             } while (delivered_ == request);
-            // The end is told by a short request, so a tail of whole requests lacks one frame.
-            const bool whole = tail > 0 && tail % request == 0;
-            EXPECT_EQ(total, tail - (whole ? 1U : 0U)) << tail << " by " << request;
+            std::vector<float> expected(kCall - 5, 1.0F);
+            expected.resize(expected.size() + tail, 0.0F);
+            // The end is told by a short request, so a tail up to a request's end lacks one frame.
+            const bool whole = tail > 0 && expected.size() % request == 0;
+            expected.resize(expected.size() - (whole ? 1U : 0U));
+            EXPECT_EQ(heard, expected) << tail << " by " << request;
             EXPECT_EQ(feed_.phase(), Phase::Drained);
             feed_.end();
         }
@@ -150,7 +236,7 @@ TEST_F(Feed, TheTailIsAsLongAsAskedToAFrame) {
 TEST_F(Feed, OnlyTheEndIsShort) {
     feed_.setTail(30);
     feed_.begin();
-    for (int i = 0; i < 5; ++i) {
+    for (int i = 0; i < 64; ++i) {
         fill(8);
         EXPECT_EQ(delivered_, 8U);
     }
@@ -178,7 +264,7 @@ TEST_F(Feed, ResumedInItsTailItRendersOn) {
     renderOnes();
     feed_.setTail(20);
     feed_.begin();
-    fill(8);
+    fill(kCall);
     feed_.askStop();
     fill(8);
     EXPECT_TRUE(feed_.resume());
@@ -187,13 +273,26 @@ TEST_F(Feed, ResumedInItsTailItRendersOn) {
     EXPECT_EQ(delivered_, 8U);
 }
 
+TEST_F(Feed, ResumedBeforeItsTailItDeliversWhatIsLeftAndRendersOn) {
+    renderCounting();
+    feed_.setTail(20);
+    feed_.begin();
+    fill(8);
+    feed_.askStop();
+    fill(8);
+    EXPECT_TRUE(feed_.resume());
+    const auto heard = fill(1024);
+    EXPECT_EQ(heard, counted(17.0F, 1024));
+}
+
 TEST_F(Feed, TheTailAfterAResumedRunIsWholeAgain) {
     feed_.setTail(20);
     feed_.begin();
+    fill(kCall);
     feed_.askStop();
     fill(16);
     feed_.resume();
-    fill(8);
+    fill(kCall);
     feed_.askStop();
     fill(16);
     EXPECT_EQ(delivered_, 16U);
@@ -240,8 +339,40 @@ TEST_F(Feed, HaltedItMakesNoCallWhateverTheDeviceAsksFor) {
     fill(8);
     feed_.halt();
     EXPECT_EQ(feed_.phase(), Phase::Idle);
-    EXPECT_EQ(fill(8), std::vector<float>(8, 0.0F));
+    EXPECT_EQ(fill(8), std::vector<float>(8, 0.0F)) << "nor delivers what is left of one";
     EXPECT_EQ(calls_.frames.size(), 1U);
+}
+
+TEST_F(Feed, ARunBeginsWithNothingOfAnEarlierOne) {
+    renderCounting();
+    feed_.setTail(100);
+    feed_.begin();
+    fill(8);
+    feed_.halt();
+    next_ = 1001.0F;
+    feed_.begin();
+    EXPECT_EQ(fill(8), counted(1001.0F, 8));
+}
+
+TEST_F(Feed, ADeviceThatIsGoneGetsNothingMore) {
+    renderCounting();
+    feed_.begin();
+    fill(8);
+    feed_.drained();
+    fill(8);
+    EXPECT_EQ(delivered_, 0U);
+}
+
+TEST_F(Feed, AHaltInsideARequestEndsItsCalls) {
+    calls_.render = [this](float* output, std::uint32_t n) {
+        std::fill_n(output, n, 1.0F);
+        feed_.end(); // the mark of a halt, which itself would wait for this call
+    };
+    feed_.setTail(kCall);
+    feed_.begin();
+    const auto heard = fill(3 * kCall);
+    EXPECT_EQ(calls_.frames.size(), 1U);
+    EXPECT_EQ(heard[kCall], 0.0F);
 }
 
 TEST_F(Feed, AHaltWaitsForTheCallThatIsRunning) {

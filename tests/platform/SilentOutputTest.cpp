@@ -85,7 +85,7 @@ TEST_F(Silence, MakesNoCallBeforeItIsStartedAndAttended) {
 }
 
 TEST_F(Silence, KeepsThePaceOfItsRate) {
-    output_.setRate(SilentOutput::kFramesPerCall * 500.0); // 500 calls a second
+    output_.setRate(kFramesPerRenderCall * 500.0); // 500 calls a second
     const auto before = steady_clock::now();
     output_.start();
     ASSERT_TRUE(awaitCalls(101));
@@ -146,7 +146,7 @@ TEST_F(Silence, EveryCallHasTheSameLength) {
     output_.start();
     ASSERT_TRUE(awaitCalls(20));
     output_.stop();
-    EXPECT_EQ(frames_, calls_ * static_cast<long>(SilentOutput::kFramesPerCall));
+    EXPECT_EQ(frames_, calls_ * static_cast<long>(kFramesPerRenderCall));
 }
 
 TEST(LinuxOutput, OffersTheHardwareOutputAndNothingElse) {

@@ -17,13 +17,13 @@
 #include <vector>
 
 #include "CallCounters.h"
-#include "platform_linux/RenderFeed.h"
 #include "playback/OutputUnit.h"
 #include "playback/RenderCallback.h"
 #include "playback/RenderMessageQueue.h"
 #include "playback/SharedState.h"
 #include "playback/SoundExchange.h"
 #include "support/FakePlatform.h"
+#include "support/FeedOutput.h"
 
 namespace zemo::test {
 
@@ -35,36 +35,6 @@ std::ostream& operator<<(std::ostream& out, const CallCounts& counts) {
 namespace {
 
 constexpr CallCounts kNothing{};
-
-/// The part of a real output that runs on the audio thread.
-class FeedOutput final : public platform::AudioOutputUnit {
-public:
-    FeedOutput() { feed.setCallback(FloatBufferRenderProc, &bufferPlayer); }
-    platform::Status setRenderCallback(platform::RenderCallback, void*) override { return 0; }
-    platform::Status sampleRate(double&) override { return 0; }
-    platform::Status setStreamFormat(const platform::AudioStreamBasicDescription&) override {
-        return 0;
-    }
-    platform::Status initialize() override { return 0; }
-    platform::Status start() override {
-        if (!feed.resume()) {
-            feed.begin();
-        }
-        return 0;
-    }
-    platform::Status stop() override {
-        feed.askStop();
-        return 0;
-    }
-    bool isRunning() const noexcept override {
-        return feed.phase() == platform::RenderFeed::Phase::Rendering;
-    }
-    bool attend() override { return isRunning(); }
-    bool takeFailure() override { return false; }
-    std::string notice() const override { return {}; }
-
-    platform::RenderFeed feed;
-};
 
 /// Does one thing whenever the callback has a level to tell.
 class Misbehaving final : public RenderDelegate {
@@ -102,14 +72,14 @@ protected:
         resetCounts();
         {
             const Counting counting;
-            output_.feed.fill(frames_.data(), 64);
+            output_.feed.fill(frames_.data(), platform::kFramesPerRenderCall);
         }
         renderDelegate = &queue_;
         return counts();
     }
 
     FakePlatform platform_;
-    FeedOutput output_;
+    FeedOutput output_{FloatBufferRenderProc, &bufferPlayer};
     RenderMessageQueue queue_;
     std::vector<float> frames_ = std::vector<float>(4096);
 };
@@ -222,7 +192,7 @@ protected:
         std::array<std::uint64_t, 5> states{};
         std::array<std::uint64_t, 2> meters{};
         std::uint64_t calls = 0, exchanges = 0, noSound = 0, emptyQueue = 0, fullQueue = 0;
-        std::uint64_t endings = 0, stops = 0, nobody = 0, longCalls = 0;
+        std::uint64_t endings = 0, stops = 0, nobody = 0, longCalls = 0, callsOfFeed = 0;
     };
 
     std::uint32_t below(std::uint32_t limit) {
@@ -272,6 +242,14 @@ protected:
         return kind == 0 ? 4096 : kind < 3 ? 512 : kind < 20 ? below(512) : below(40);
     }
 
+    /// A render call by way of the outputs' feed, or of any length.
+    static platform::Status call(void* self, platform::RenderActionFlags* flags,
+                                 const platform::AudioTimeStamp* time, std::uint32_t bus,
+                                 std::uint32_t frames, platform::AudioBufferList* data) {
+        static_cast<EveryCall*>(self)->note(frames);
+        return FloatBufferRenderProc(&bufferPlayer, flags, time, bus, frames, data);
+    }
+
     void note(std::uint32_t frames) {
         ++met_.states[std::min(bufferPlayer.rampState.load(), 4U)];
         ++met_.meters[bufferPlayer.rmsMode];
@@ -279,22 +257,34 @@ protected:
         met_.emptyQueue += fresh_ ? 1U : 0U;
         met_.nobody += renderDelegate.load() == nullptr ? 1U : 0U;
         met_.longCalls += frames == 4096 ? 1U : 0U;
+        met_.callsOfFeed += byFeed_ ? 1U : 0U;
         ++met_.calls;
+        fresh_ = false;
+    }
+
+    void callOnce() {
+        const std::uint32_t frames = someFrames();
+        platform::RenderActionFlags flags = 0;
+        const platform::AudioTimeStamp time{};
+        platform::AudioBufferList data{1, {{1, 4 * frames, frames_.data()}}};
+        const Counting counting;
+        call(this, &flags, &time, 0, frames, &data);
+    }
+
+    void request() {
+        const std::uint32_t frames = oneIn(100) ? 4096 : below(1100);
+        const Counting counting;
+        output_.feed.fill(frames_.data(), frames);
     }
 
     void play() {
+        byFeed_ = oneIn(2);
         for (int i = 0; i < 200 && output_.isRunning(); ++i) {
             if (oneIn(40)) {
                 bufferStop0();
                 ++met_.stops;
             }
-            const std::uint32_t frames = someFrames();
-            note(frames);
-            fresh_ = false;
-            {
-                const Counting counting;
-                output_.feed.fill(frames_.data(), frames);
-            }
+            byFeed_ ? request() : callOnce();
             if (oneIn(100)) {
                 changeSound();
             }
@@ -315,11 +305,13 @@ protected:
 
     Deaf deaf_;
     Met met_;
-    bool fresh_ = false; ///< the queue was emptied just now
+    bool fresh_ = false;  ///< the queue was emptied just now
+    bool byFeed_ = false; ///< or the test itself makes the calls, of any length
     std::mt19937 random_{8};
 };
 
 TEST_F(EveryCall, OfTenMillionNoneAllocatesLocksOrEntersTheKernel) {
+    output_.feed.setCallback(call, this);
     while (met_.calls < kCalls) {
         changeSound();
         beginPlay();
@@ -342,6 +334,7 @@ TEST_F(EveryCall, OfTenMillionNoneAllocatesLocksOrEntersTheKernel) {
     EXPECT_GT(met_.stops, kOften);
     EXPECT_GT(met_.nobody, kOften);
     EXPECT_GT(met_.longCalls, kOften);
+    EXPECT_GT(met_.callsOfFeed, kCalls / 10);
 }
 
 TEST_F(RealTimeSafety, TheSilenceAfterAStopAllocatesNothing) {

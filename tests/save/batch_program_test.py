@@ -21,7 +21,8 @@ def said(result):
 def play(samples, frames, rms):
     """What one play delivers and the meter's value after each call, by the rules of playing: a
     call of fade-in, steady calls, a call of fade-out when less than two calls' samples are left,
-    silent calls while the idle count runs out. A sound that ends within a call ends the play."""
+    silent calls while the idle count runs out. A sound that ends within a call ends the play. The
+    fade-out and every silent call leave an empty meter."""
     delivered, levels = [], []
     state, idle, position, running = "fade-in", 2, 0, True
     while running:
@@ -44,7 +45,7 @@ def play(samples, frames, rms):
                 idle -= 1
             else:
                 running = False
-        levels.append(level)
+        levels.append(0.0 if state == "fade-out" else level)
         state = following(state, len(samples) - position, frames)
     return delivered, levels
 

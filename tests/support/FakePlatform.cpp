@@ -128,6 +128,14 @@ platform::Status FakeOutput::stop() {
     return called("stop");
 }
 
+bool FakeOutput::attend() {
+    ++attended;
+    if (whileAttended) {
+        whileAttended();
+    }
+    return running || inUse;
+}
+
 bool FakeOutput::takeFailure() {
     return std::exchange(failed, false);
 }

@@ -1,9 +1,10 @@
 #include "EagerOutput.h"
 
 #include <algorithm>
+#include <cstring>
 #include <random>
-#include <vector>
 
+#include "platform/Format.h"
 #include "platform/RealTime.h"
 #include "playback/SharedState.h"
 
@@ -71,6 +72,7 @@ EagerOutput::setStreamFormat(const platform::AudioStreamBasicDescription& /*form
 platform::Status EagerOutput::start() {
     if (manners_ == Manners::Polite && !feed_.resume()) {
         hush();
+        rendered_.clear();
         feed_.begin();
     }
     return 0;
@@ -123,7 +125,7 @@ void EagerOutput::run(std::uint32_t seed) {
         if (asking_) {
             inside_ = true;
             if (asking_) {
-                // Mostly short calls, so that many begin and end during one exchange.
+                // Mostly short, so that many begin and end during one exchange.
                 const std::uint32_t most = random() % 4 == 0 ? kMostFrames : 40;
                 ask(frames.data(), 1 + static_cast<std::uint32_t>(random() % most));
             }
@@ -139,7 +141,7 @@ void EagerOutput::run(std::uint32_t seed) {
 
 void EagerOutput::ask(float* frames, std::uint32_t count) {
     if (manners_ == Manners::Polite) {
-        feed_.fill(frames, count);
+        judgeDelivery(frames, feed_.fill(frames, count));
         return;
     }
     std::fill_n(frames, count, 0.0F);
@@ -147,6 +149,27 @@ void EagerOutput::ask(float* frames, std::uint32_t count) {
     const platform::AudioTimeStamp time{};
     platform::AudioBufferList data{1, {{1, count * 4, frames}}};
     render(this, &flags, &time, 0, count, &data);
+}
+
+/// Every frame of every call, in their order and once, then silence; unless the run was halted.
+void EagerOutput::judgeDelivery(const float* frames, std::uint32_t count) {
+    if (feed_.phase() == platform::RenderFeed::Phase::Idle) {
+        return; // start() begins anew
+    }
+    const std::size_t due = std::min<std::size_t>(count, rendered_.size());
+    const bool isRight =
+        (due == 0 || std::memcmp(frames, rendered_.data(), due * sizeof(float)) == 0) &&
+        std::all_of(frames + due, frames + count, [](float f) { return f == 0.0F; });
+    rendered_.erase(rendered_.begin(), rendered_.begin() + static_cast<std::ptrdiff_t>(due));
+    if (!isRight) {
+        complain(platform::format("%u frames that the device got are not those that were rendered",
+                                  count));
+    }
+}
+
+void EagerOutput::complain(const std::string& wrong) {
+    const std::lock_guard lock(mutex_);
+    firstWrong_ = firstWrong_.empty() ? wrong : firstWrong_;
 }
 
 platform::Status EagerOutput::render(void* context, platform::RenderActionFlags* flags,
@@ -159,8 +182,10 @@ platform::Status EagerOutput::render(void* context, platform::RenderActionFlags*
     const auto* const heard = static_cast<const float*>(data->mBuffers[0].mData);
     const std::string wrong = self.book_.judge(oldest, position, heard, frames);
     if (!wrong.empty()) {
-        const std::lock_guard lock(self.mutex_);
-        self.firstWrong_ = self.firstWrong_.empty() ? wrong : self.firstWrong_;
+        self.complain(wrong);
+    }
+    if (self.manners_ == Manners::Polite) {
+        self.rendered_.insert(self.rendered_.end(), heard, heard + frames);
     }
     const bool sounds = std::any_of(heard, heard + frames, [](float f) { return f != 0.0F; });
     self.silent_ = sounds ? 0 : self.silent_ + 1;

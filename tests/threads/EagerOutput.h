@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "SoundBook.h"
 #include "platform/AudioOutput.h"
@@ -11,15 +12,16 @@
 
 namespace zemo::test {
 
-/// An output whose audio thread makes one render call after the other, of any length, for as long
-/// as it may, and judges the frames of each.
+/// An output whose audio thread makes one render call after the other for as long as it may, and
+/// judges the frames of each.
 class EagerOutput final : public platform::AudioOutputService,
                           public platform::AudioOutputComponent,
                           public platform::AudioOutputUnit {
 public:
-    /// Polite: calls only while it runs, by way of the program's own RenderFeed. Rude: goes on
-    /// calling when it was stopped and says that it does not run but is not at its end either, so
-    /// that every exchange of the sound meets calls under way.
+    /// Polite: requests of any length while it runs, by way of the program's own RenderFeed, whose
+    /// delivery is judged as well. Rude: calls of any length, also when it was stopped; it says
+    /// that it does not run but is not at its end either, so that every exchange of the sound meets
+    /// calls under way.
     enum class Manners : std::uint8_t { Polite, Rude };
 
     EagerOutput(SoundBook& book, std::uint32_t seed);
@@ -55,6 +57,8 @@ private:
                                    std::uint32_t frames, platform::AudioBufferList* data);
     void run(std::uint32_t seed);
     void ask(float* frames, std::uint32_t count);
+    void judgeDelivery(const float* frames, std::uint32_t count);
+    void complain(const std::string& wrong);
     void hush();
 
     SoundBook& book_;
@@ -67,8 +71,9 @@ private:
     std::atomic<bool> ended_{false};
     std::atomic<std::uint64_t> calls_{0};
     std::atomic<std::uint64_t> callsWithSound_{0};
-    std::uint32_t silent_ = 0; ///< audio thread only: calls since the last sound
-    mutable std::mutex mutex_; ///< taken on the audio thread only when all is lost
+    std::uint32_t silent_ = 0;    ///< audio thread only: calls since the last sound
+    std::vector<float> rendered_; ///< and not delivered yet; the audio thread's while it asks
+    mutable std::mutex mutex_;    ///< taken on the audio thread only when all is lost
     std::string firstWrong_;
     std::thread thread_;
 };

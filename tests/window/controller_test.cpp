@@ -81,6 +81,14 @@ private slots:
         QVERIFY(zemo.platform.output.running);
     }
 
+    void aPlayIsCalledAfterItsSound() {
+        WindowUnderTest zemo;
+        zemo.platform.files.files["/Glöckchen.f32"] = std::vector<std::uint8_t>(4000, 1);
+        zemo.delegate.openFileNamed("/Glöckchen.f32");
+        zemo.delegate.playButton->click();
+        QCOMPARE(zemo.platform.output.soundName, std::string("Glöckchen.f32"));
+    }
+
     void theRedCoversTheLengthOfTheOldTitle() {
         WindowUnderTest zemo;
         loadSound(constantSound(10000));
@@ -216,6 +224,24 @@ private slots:
         QCOMPARE(value.load(), 0.0F);
         QCOMPARE(zemo.delegate.levelView->prev_cv(), 0.0F);
         QVERIFY(contains(zemo.platform.trace.logged, "val = 0.000000\n"));
+    }
+
+    void theMenuClearsTheMeterAsWell() {
+        WindowUnderTest zemo;
+        auto* const item = zemo.delegate.window->findChild<QAction*>("ClearMeterMenu");
+        value = 0.5F;
+        zemo.delegate.levelView->setPrev_cv(0.5F);
+        zemo.platform.trace.logged.clear();
+        item->trigger();
+        QCOMPARE(value.load(), 0.0F);
+        QCOMPARE(zemo.delegate.levelView->prev_cv(), 0.0F);
+        QCOMPARE(zemo.platform.trace.logged,
+                 (std::vector<std::string>{"val = 0.000000\n", "TESTVAL = 0.000000\n"}));
+        loadSound(constantSound(10000));
+        zemo.delegate.playButton->click();
+        value = 0.25F;
+        item->trigger();
+        QCOMPARE(value.load(), 0.25F);
     }
 
     void theTestButtonDoesNothingDuringAPlay() {

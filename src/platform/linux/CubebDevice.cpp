@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/RealTime.h"
+#include "platform/Utf8.h"
 #include "platform_linux/Device.h"
 #include "platform_linux/JackServer.h"
 
@@ -14,6 +15,8 @@ namespace {
 constexpr double kLatencySeconds = 0.1;
 constexpr std::uint32_t kLowestRate = 1000;
 constexpr std::uint32_t kHighestRate = 1000000;
+
+constexpr const char* kProgram = "ZEMO";
 
 /// PulseAudio and PipeWire make this sink, which nobody hears, when the last other one goes.
 constexpr const char* kStandIn = "auto_null";
@@ -28,6 +31,12 @@ struct StreamDeleter {
         cubeb_stream_destroy(stream);
     }
 };
+
+/// What the server takes: it would leave a name out that is not UTF-8. On JACK it is a part of the
+/// port's, by which people keep their connections, so the program's stands there.
+const char* streamName(const std::string& name) {
+    return name.empty() || !isUtf8(name) ? kProgram : name.c_str();
+}
 
 cubeb_stream_params monoFloat(std::uint32_t rate) {
     return {.format = CUBEB_SAMPLE_FLOAT32NE,
@@ -60,7 +69,7 @@ class CubebDevice final : public Device {
 public:
     std::uint32_t connect() override {
         cubeb* context = nullptr;
-        if (cubeb_init(&context, "ZEMO", nullptr) != CUBEB_OK) {
+        if (cubeb_init(&context, kProgram, nullptr) != CUBEB_OK) {
             return 0;
         }
         context_.reset(context);
@@ -70,8 +79,10 @@ public:
         return known ? rate : 0; // a server without a device says -1
     }
 
-    bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate) override {
+    bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate,
+                    const std::string& name) override {
         closeStream();
+        const bool isOnJack = std::strcmp(cubeb_get_backend_id(context_.get()), "jack") == 0;
         cubeb_stream_params params = monoFloat(rate);
         std::uint32_t latency = 0;
         if (cubeb_get_min_latency(context_.get(), &params, &latency) != CUBEB_OK) {
@@ -79,14 +90,14 @@ public:
         }
         latency = std::max(latency, static_cast<std::uint32_t>(kLatencySeconds * rate));
         cubeb_stream* stream = nullptr;
-        if (cubeb_stream_init(context_.get(), &stream, "ZEMO", nullptr, nullptr, nullptr, &params,
-                              latency, fill, stateChanged, run.get()) != CUBEB_OK) {
+        if (cubeb_stream_init(context_.get(), &stream, isOnJack ? kProgram : streamName(name),
+                              nullptr, nullptr, nullptr, &params, latency, fill, stateChanged,
+                              run.get()) != CUBEB_OK) {
             return false;
         }
         run_ = std::move(run);
         stream_.reset(stream);
-        jackWasAlive_ = std::strcmp(cubeb_get_backend_id(context_.get()), "jack") == 0 &&
-                        isJackServerAlive(JackPlaces::ofThisProcess());
+        jackServer_ = isOnJack ? jackServerSocket(JackPlaces::ofThisProcess()) : 0;
         return isHeard();
     }
 
@@ -95,7 +106,7 @@ public:
     void closeStream() override { stream_.reset(); }
 
     bool isHeard() override {
-        if (jackWasAlive_ && !isJackServerAlive(JackPlaces::ofThisProcess())) {
+        if (jackServer_ != 0 && jackServer_ != jackServerSocket(JackPlaces::ofThisProcess())) {
             return false; // the library tells nobody
         }
         cubeb_device* device = nullptr;
@@ -114,7 +125,7 @@ private:
     std::shared_ptr<DeviceRun> run_;
     std::unique_ptr<cubeb, ContextDeleter> context_;
     std::unique_ptr<cubeb_stream, StreamDeleter> stream_;
-    bool jackWasAlive_ = false; ///< as far as can be seen, when the stream was opened
+    std::uint64_t jackServer_ = 0; ///< that the stream was opened on, as far as can be seen
 };
 
 } // namespace

@@ -17,8 +17,6 @@ constexpr double kTailSeconds = 0.06;
 /// The most that one attendance adds to the time without a request: when the program itself was
 /// held up, that is not the device's fault.
 constexpr std::chrono::nanoseconds kLongestPause = 100ms;
-/// So many hung connections at most are left behind; then there is no device until one returns.
-constexpr int kMostThreads = 8;
 
 std::uint32_t connectAnew(std::unique_ptr<Device>& device, const DeviceFactory& factory) {
     device.reset();
@@ -32,11 +30,12 @@ std::uint32_t connectAnew(std::unique_ptr<Device>& device, const DeviceFactory& 
 
 /// Over the connection that is there; where that fails, over a new one.
 bool openStream(std::unique_ptr<Device>& device, const DeviceFactory& factory,
-                const std::shared_ptr<DeviceRun>& run, std::uint32_t rate) {
-    if (device != nullptr && device->openStream(run, rate)) {
+                const std::shared_ptr<DeviceRun>& run, std::uint32_t rate,
+                const std::string& name) {
+    if (device != nullptr && device->openStream(run, rate, name)) {
         return true;
     }
-    return connectAnew(device, factory) != 0 && device->openStream(run, rate);
+    return connectAnew(device, factory) != 0 && device->openStream(run, rate, name);
 }
 
 } // namespace
@@ -93,8 +92,8 @@ Status DeviceOutput::start() {
     }
     closeRun();
     failed_ = refused_ = false;
-    if (server_ == nullptr && CallThread::alive() >= kMostThreads) {
-        return kDeviceError;
+    if (server_ == nullptr && !CallThread::mayBeMade()) {
+        return kDeviceError; // until a call returns that hangs
     }
     run_ = std::make_shared<DeviceRun>();
     run_->feed.setCallback(callback_, context_);
@@ -115,9 +114,8 @@ std::future<bool> DeviceOutput::askForStream() {
         server_ = std::make_unique<Server>();
     }
     return server_->thread.ask<bool>(
-        [device = server_->device, factory = factory_, run = run_, rate = rate_] {
-            return openStream(*device, factory, run, rate);
-        });
+        [device = server_->device, factory = factory_, run = run_, rate = rate_,
+         name = soundName_] { return openStream(*device, factory, run, rate, name); });
 }
 
 /// Takes the answer, if it is there and was not taken before.
@@ -226,13 +224,34 @@ void DeviceOutput::closeRun() {
     drainedSince_.reset();
 }
 
-/// The device goes with the last call that holds it, on its own thread.
-void DeviceOutput::leaveServer() {
+/// A play on a server that has died is lost already, though it may not have been noticed yet.
+void DeviceOutput::disconnect() {
     if (server_ == nullptr) {
         return;
     }
-    server_->thread.post([device = std::move(server_->device)]() mutable { device.reset(); });
+    if (run_ != nullptr) {
+        auto heard = server_->thread.ask<bool>(
+            [device = server_->device] { return *device == nullptr || (*device)->isHeard(); });
+        failed_ = heard.wait_for(limits_.farewell) == std::future_status::ready && !heard.get();
+        if (!failed_) {
+            return;
+        }
+        closeRun();
+    }
+    leaveServer().wait_for(limits_.farewell);
+}
+
+/// The device goes on its own thread, after the last call that holds it.
+std::future<bool> DeviceOutput::leaveServer() {
+    if (server_ == nullptr) {
+        return {};
+    }
+    auto left = server_->thread.ask<bool>([device = std::move(server_->device)] {
+        device->reset();
+        return true;
+    });
     server_.reset();
+    return left;
 }
 
 } // namespace zemo::platform

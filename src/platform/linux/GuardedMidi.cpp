@@ -1,18 +1,31 @@
 #include "platform_linux/GuardedMidi.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "platform_linux/LinuxMidi.h"
 
 namespace zemo::platform {
+namespace {
+
+/// Bytes of messages that wait to be read: some 60 000 short ones. More are dropped.
+constexpr std::size_t kMostWaiting = std::size_t{1} << 20;
+
+} // namespace
 
 /// Between the service's own thread and the reader. The service keeps it until it is closed.
 struct GuardedMidi::Gate {
+    using Bytes = std::vector<std::uint8_t>;
+
     std::mutex mutex;
     MidiReadProc read = nullptr; ///< null: closed
     void* context = nullptr;
+    bool delivers = false;
+    std::vector<std::pair<Bytes, void*>> waiting; ///< lists and their sources, until it does
+    std::size_t waitingBytes = 0;
     std::string notice;
     std::function<void()> changed; ///< empty: nobody asks
 
@@ -20,6 +33,27 @@ struct GuardedMidi::Gate {
         const std::lock_guard lock(mutex);
         read = reader;
         context = readContext;
+    }
+    void pass(const MidiPacketList& packets, void* source) {
+        const std::lock_guard lock(mutex);
+        if (read == nullptr) {
+            return;
+        }
+        if (delivers) {
+            read(packets, context, source);
+        } else if (waitingBytes + packets.size <= kMostWaiting) {
+            waitingBytes += packets.size;
+            waiting.emplace_back(Bytes(packets.bytes, packets.bytes + packets.size), source);
+        }
+    }
+    void deliver() {
+        const std::lock_guard lock(mutex);
+        delivers = true;
+        for (const auto& [bytes, source] : std::exchange(waiting, {})) {
+            if (read != nullptr) {
+                read({bytes.data(), bytes.size()}, context, source);
+            }
+        }
     }
     void close() {
         const std::lock_guard lock(mutex);
@@ -42,22 +76,38 @@ struct GuardedMidi::Guarded {
 };
 
 GuardedMidi::GuardedMidi(Factory factory, MidiLimits limits)
-    : limits_(limits),
-      openBy_(std::chrono::steady_clock::now() + limits.open),
-      guarded_(std::make_shared<Guarded>()),
-      gate_(std::make_shared<Gate>()),
-      thread_(std::make_unique<CallThread>()) {
-    guarded_->gate = gate_;
-    thread_->post(
-        [guarded = guarded_, factory = std::move(factory)] { guarded->service = factory(); });
+    : factory_(std::move(factory)), limits_(limits), gate_(std::make_shared<Gate>()) {
+    GuardedMidi::startOver();
 }
 
 GuardedMidi::~GuardedMidi() {
     giveUp();
 }
 
+/// On the thread of the service before, behind its closing; on another one where that hangs.
+void GuardedMidi::startOver() {
+    const std::lock_guard lock(mutex_);
+    gate_->close();
+    if (thread_ == nullptr && !CallThread::mayBeMade()) {
+        return; // it stays given up
+    }
+    if (thread_ == nullptr) {
+        thread_ = std::make_unique<CallThread>();
+    }
+    gate_ = std::make_shared<Gate>();
+    auto before = std::exchange(guarded_, std::make_shared<Guarded>());
+    guarded_->gate = gate_;
+    thread_->post([before = std::move(before), guarded = guarded_, factory = factory_]() mutable {
+        before.reset();
+        guarded->service = factory();
+    });
+    answered_ = false;
+    openBy_ = std::chrono::steady_clock::now() + limits_.open;
+}
+
 /// From here on nothing passes the gate. The service is closed when its calls have returned.
 void GuardedMidi::giveUp() {
+    const std::lock_guard lock(mutex_);
     gate_->close();
     if (thread_ != nullptr) {
         thread_->post([guarded = std::move(guarded_)]() mutable { guarded.reset(); });
@@ -85,11 +135,7 @@ Answer GuardedMidi::ask(Answer without, std::function<Answer(MidiService&)> ques
 }
 
 void GuardedMidi::pass(const MidiPacketList& packets, void* gate, void* sourceContext) {
-    auto& self = *static_cast<Gate*>(gate);
-    const std::lock_guard lock(self.mutex);
-    if (self.read != nullptr) {
-        self.read(packets, self.context, sourceContext);
-    }
+    static_cast<Gate*>(gate)->pass(packets, sourceContext);
 }
 
 Status GuardedMidi::createClient(const char* name, MidiObject& client) {
@@ -130,11 +176,19 @@ Status GuardedMidi::connectSource(MidiObject port, MidiObject source, void* sour
     });
 }
 
+void GuardedMidi::deliver() {
+    ask<bool>(false, [gate = gate_.get()](MidiService& /*service*/) {
+        gate->deliver();
+        return true;
+    });
+}
+
 std::string GuardedMidi::notice() const {
+    const std::lock_guard lock(mutex_);
     if (thread_ == nullptr) {
         return kMidiDoesNotAnswer;
     }
-    const std::lock_guard lock(gate_->mutex);
+    const std::lock_guard gateLock(gate_->mutex);
     return gate_->notice;
 }
 

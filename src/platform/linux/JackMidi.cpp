@@ -7,9 +7,11 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <mutex>
 #include <semaphore>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/RealTime.h"
@@ -27,7 +29,8 @@ constexpr std::size_t kLongestMessage = 4096;            ///< bytes; the rest of
 /// looks are counted.
 constexpr std::chrono::milliseconds kLookInterval{100};
 constexpr int kMostLooksWithoutCall = 5;
-constexpr const char* kGone = "MIDI went away: no notes are read until ZEMO is started again";
+constexpr const char* kGone =
+    "MIDI went away: no notes are read. Choose Play ▸ Look for MIDI Again.";
 
 void saySilently(const char* /*text*/) {}
 
@@ -36,13 +39,12 @@ struct RingHeader {
 };
 
 /// JACK's thread must not wait, so it only puts the bytes into a ring; a thread of our own takes
-/// them out and reads them.
+/// them out and reads them. It also closes the client when the server has died: the library mixes
+/// up clients of a dead server and of its successor, and crashes.
 class JackMidi final : public MidiService {
 public:
     ~JackMidi() override {
-        if (client_ != nullptr) {
-            jack_client_close(client_);
-        }
+        closeClient();
         if (thread_.joinable()) {
             ending_.store(true);
             arrived_.release();
@@ -53,14 +55,17 @@ public:
         }
     }
 
-    bool open() {
+    /// The server may add a number to a name that it has already.
+    bool open(const char* name) {
         jack_set_error_function(saySilently);
         jack_set_info_function(saySilently);
-        client_ = jack_client_open("ZEMO", JackNoStartServer, nullptr);
+        client_ = jack_client_open(name, JackNoStartServer, nullptr);
         return client_ != nullptr;
     }
 
+    /// It has its name since it was opened.
     Status createClient(const char* /*name*/, MidiObject& client) override {
+        const std::lock_guard lock(mutex_);
         ring_ = jack_ringbuffer_create(kRingBytes);
         if (ring_ == nullptr || jack_set_process_callback(client_, process, this) != 0) {
             return kJackError;
@@ -72,6 +77,7 @@ public:
 
     Status createInputPort(MidiObject /*client*/, const char* name, MidiReadProc read,
                            void* readContext, MidiObject& port) override {
+        const std::lock_guard lock(mutex_);
         port_ = jack_port_register(client_, name, JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
         if (port_ == nullptr) {
             return kJackError;
@@ -83,7 +89,11 @@ public:
     }
 
     long numberOfSources() override {
+        const std::lock_guard lock(mutex_);
         sources_.clear();
+        if (client_ == nullptr) {
+            return 0; // the server has died meanwhile
+        }
         const char** const names =
             jack_get_ports(client_, nullptr, JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput);
         for (const char** name = names; name != nullptr && *name != nullptr; ++name) {
@@ -96,8 +106,11 @@ public:
     MidiObject source(long index) override { return static_cast<MidiObject>(index) + 1; }
 
     Status connectSource(MidiObject /*port*/, MidiObject source, void* sourceContext) override {
+        const std::lock_guard lock(mutex_);
         sourceContext_.store(sourceContext);
-        return jack_connect(client_, sources_.at(source - 1).c_str(), jack_port_name(port_));
+        return client_ == nullptr
+                   ? kJackError
+                   : jack_connect(client_, sources_.at(source - 1).c_str(), jack_port_name(port_));
     }
 
     void onNotice(const std::function<void()>& changed) override { changed_ = changed; }
@@ -161,7 +174,17 @@ private:
                 return;
             }
             lookAfterServer(hasArrived);
-            readWaiting();
+            const bool hasRead = readWaiting();
+            if (isGone_.load() && !hasRead) {
+                return closeClient();
+            }
+        }
+    }
+
+    void closeClient() {
+        const std::lock_guard lock(mutex_);
+        if (client_ != nullptr) {
+            jack_client_close(std::exchange(client_, nullptr));
         }
     }
 
@@ -182,20 +205,22 @@ private:
         }
     }
 
-    /// One message, if a whole one is there.
-    void readWaiting() {
+    /// One message; false if no whole one is there.
+    bool readWaiting() {
         RingHeader header{};
         jack_ringbuffer_peek(ring_, reinterpret_cast<char*>(&header), sizeof header);
         if (jack_ringbuffer_read_space(ring_) < sizeof header + header.length) {
-            return;
+            return false;
         }
         jack_ringbuffer_read_advance(ring_, sizeof header);
         jack_ringbuffer_read(ring_, bytes_.data(), header.length);
         sender_.send(0, {reinterpret_cast<const std::uint8_t*>(bytes_.data()), header.length},
                      sourceContext_.load());
+        return true;
     }
 
-    jack_client_t* client_ = nullptr;
+    std::mutex mutex_;                ///< of the client
+    jack_client_t* client_ = nullptr; ///< null once the server has died
     jack_port_t* port_ = nullptr;
     jack_ringbuffer_t* ring_ = nullptr;
     std::vector<std::string> sources_;
@@ -216,12 +241,12 @@ private:
 
 } // namespace
 
-std::unique_ptr<MidiService> makeJackMidi() {
+std::unique_ptr<MidiService> makeJackMidi(const char* clientName) {
     if (!mayHaveJackServer(JackPlaces::ofThisProcess(), jack_get_version_string())) {
         return nullptr;
     }
     auto midi = std::make_unique<JackMidi>();
-    return midi->open() ? std::move(midi) : nullptr;
+    return midi->open(clientName) ? std::move(midi) : nullptr;
 }
 
 } // namespace zemo::platform

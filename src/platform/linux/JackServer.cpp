@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <system_error>
 
 namespace zemo::platform {
@@ -46,16 +47,29 @@ bool mayHaveJackServer(const JackPlaces& places, const std::string& libraryVersi
            isThere(places.memory + "/jack-" + places.user + "/" + places.server);
 }
 
-bool isJackServerAlive(const JackPlaces& places) {
+/// A line of the list: address, references, protocol, flags, type, state, inode, path. The sockets
+/// of the connections have the server's path as well.
+std::uint64_t jackServerSocket(const JackPlaces& places) {
+    constexpr unsigned kListens = 0x10000;
     const std::string prefix = prefixOf(places);
     std::ifstream sockets(places.sockets);
     for (std::string line; std::getline(sockets, line);) {
-        if (line.ends_with(" " + prefix + places.user + "_0") ||
-            line.ends_with(" " + prefix + "0")) {
-            return true;
+        if (line.find(prefix) == std::string::npos) {
+            continue; // the list may be long
+        }
+        std::istringstream words(line);
+        std::string number;
+        std::string path;
+        unsigned flags = 0;
+        std::uint64_t inode = 0;
+        words >> number >> number >> number >> std::hex >> flags >> number >> number >> std::dec >>
+            inode >> path;
+        if ((flags & kListens) != 0 &&
+            (path == prefix + places.user + "_0" || path == prefix + "0")) {
+            return inode;
         }
     }
-    return false;
+    return 0;
 }
 
 } // namespace zemo::platform

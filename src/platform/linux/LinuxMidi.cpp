@@ -1,5 +1,7 @@
 #include "platform_linux/LinuxMidi.h"
 
+#include <string>
+
 #include "platform_linux/GuardedMidi.h"
 
 namespace zemo::platform {
@@ -15,18 +17,19 @@ Status EmptyMidi::createInputPort(MidiObject /*client*/, const char* /*name*/,
     return kNoError;
 }
 
-std::unique_ptr<MidiService> findLinuxMidi() {
+std::unique_ptr<MidiService> findLinuxMidi(const char* clientName) {
     if (auto alsa = makeAlsaMidi()) {
         return alsa;
     }
-    if (auto jack = makeJackMidi()) {
+    if (auto jack = makeJackMidi(clientName)) {
         return jack;
     }
     return std::make_unique<EmptyMidi>();
 }
 
-std::unique_ptr<MidiService> makeLinuxMidi() {
-    return std::make_unique<GuardedMidi>(findLinuxMidi);
+std::unique_ptr<MidiService> makeLinuxMidi(const char* clientName) {
+    return std::make_unique<GuardedMidi>(
+        [name = std::string(clientName)] { return findLinuxMidi(name.c_str()); });
 }
 
 } // namespace zemo::platform

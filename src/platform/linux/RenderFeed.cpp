@@ -19,34 +19,58 @@ std::uint32_t RenderFeed::fill(float* output, std::uint32_t frames) noexcept ZEM
     return delivered;
 }
 
+/// `output` is silent as it comes.
 std::uint32_t RenderFeed::answer(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING {
-    if (phase_.load() != Phase::Rendering) {
-        return fillTail(frames);
+    std::uint32_t done = 0;
+    while (done < frames) {
+        const Phase phase = phase_.load();
+        if (phase == Phase::Rendering && undelivered_ == 0) {
+            render();
+        }
+        const std::uint32_t wanted = frames - done;
+        const std::uint32_t tailLeft = tailFrames_ - std::min(tailDone_, tailFrames_);
+        if (undelivered_ > 0 && (phase == Phase::Rendering || phase == Phase::Tail)) {
+            done += takeRendered(output + done, wanted);
+        } else if (wanted < tailLeft) {
+            tailDone_ += wanted;
+            done = frames;
+        } else if (endTail()) {
+            return std::min(done + tailLeft, frames - 1); // only a short answer ends the run
+        }
     }
-    tailDone_ = 0;
-    RenderActionFlags flags = 0;
-    const AudioTimeStamp time{sampleTime_};
-    AudioBufferList data{1, {{1, frames * static_cast<std::uint32_t>(sizeof(float)), output}}};
-    callback_(context_, &flags, &time, 0, frames, &data);
-    sampleTime_ += frames;
     return frames;
 }
 
-std::uint32_t RenderFeed::fillTail(std::uint32_t frames) noexcept ZEMO_NONBLOCKING {
-    const std::uint32_t left = tailFrames_ - std::min(tailDone_, tailFrames_);
-    if (frames < left) {
-        tailDone_ += frames;
-        return frames;
-    }
+/// A frame that the callback leaves alone is silent.
+void RenderFeed::render() noexcept ZEMO_NONBLOCKING {
+    block_.fill(0.0F);
+    RenderActionFlags flags = 0;
+    const AudioTimeStamp time{sampleTime_};
+    AudioBufferList data{1, {{1, sizeof block_, block_.data()}}};
+    callback_(context_, &flags, &time, 0, kFramesPerRenderCall, &data);
+    sampleTime_ += kFramesPerRenderCall;
+    undelivered_ = kFramesPerRenderCall;
+    tailDone_ = 0;
+}
+
+/// The next frames of the last render call, `most` at most; how many.
+std::uint32_t RenderFeed::takeRendered(float* output,
+                                       std::uint32_t most) noexcept ZEMO_NONBLOCKING {
+    const std::uint32_t taken = std::min(most, undelivered_);
+    std::copy_n(block_.end() - undelivered_, taken, output);
+    undelivered_ -= taken;
+    return taken;
+}
+
+/// False when a play was begun in this very moment: the run goes on instead.
+bool RenderFeed::endTail() noexcept ZEMO_NONBLOCKING {
     tailDone_ = tailFrames_;
     Phase expected = Phase::Tail;
-    // When a play was begun in this very moment the run goes on instead.
-    const bool resumed =
-        !phase_.compare_exchange_strong(expected, Phase::Drained) && expected == Phase::Rendering;
-    return resumed || frames == 0 ? frames : std::min(left, frames - 1);
+    return phase_.compare_exchange_strong(expected, Phase::Drained) || expected != Phase::Rendering;
 }
 
 void RenderFeed::begin() noexcept {
+    undelivered_ = 0; // of a run that was halted
     tailDone_ = 0;
     sampleTime_ = 0.0;
     phase_.store(Phase::Rendering);

@@ -68,10 +68,10 @@ bool SilentOutput::attend() {
 
 void SilentOutput::run() {
     using namespace std::chrono;
-    const auto period = duration_cast<nanoseconds>(duration<double>(kFramesPerCall / rate_));
-    std::array<float, kFramesPerCall> nobodyHears{};
+    const auto period = duration_cast<nanoseconds>(duration<double>(kFramesPerRenderCall / rate_));
+    std::array<float, kFramesPerRenderCall> nobodyHears{};
     auto next = steady_clock::now();
-    while (feed_.fill(nobodyHears.data(), kFramesPerCall) == kFramesPerCall) {
+    while (feed_.fill(nobodyHears.data(), nobodyHears.size()) == nobodyHears.size()) {
         next += period;
         std::this_thread::sleep_until(next);
     }

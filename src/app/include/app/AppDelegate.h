@@ -120,12 +120,20 @@ public:
     bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
     /// Closes the window, whatever would be lost with it.
     void closeWithoutAsking();
+    /// Fades a play out and lets the device come to its end, for 300 ms at most. The window is
+    /// closed by then.
+    void applicationWillTerminate();
 
     // Actions ---------------------------------------------------------------------------------
     /// Plays the sound or asks for its stop; the title of `sender`, if there is one, follows.
     void playButtonPressed(TitledButton* sender);
     void modeButtonPressed(StateButton* sender);
+    /// Shows a random level, or with Alt none. Nothing during a play.
     void testButtonPressed(TitledButton* sender);
+    /// What Alt and the test button do, where the window manager takes Alt and a click for itself.
+    void clearMeterAction(QObject* sender);
+    /// Makes the MIDI client and its connections anew, and says how many sources there are.
+    void lookForMidiAction(QObject* sender);
     void OpenDialog(QObject* sender);
     void classicOpenDialog(QObject* sender);
     /// Saves the sound as it is now, whatever becomes of it while the panel is open.
@@ -182,6 +190,8 @@ public:
     /// Takes in a file that was dropped, or given when the program was started: by Open, by Import
     /// or, once the user agrees, as raw data.
     void openAnyFile(const QString& path);
+    /// The same for the file that the program is started with. Notes wait until it is open.
+    void openAtLaunch(const QString& path);
     void importFile(const QString& path);
     void exportFile(const QString& path);
 
@@ -200,9 +210,15 @@ private:
         return outlet != nullptr;
     }
     void connectActions();
+    std::uint32_t stateAtThisPress();
+    void takeNote();
+    void takeNoteTitle();
+    enum class TestLevel { Random, None };
+    void test(TestLevel kind);
     void startPlay(TitledButton* sender);
     void askForStop(TitledButton* sender);
-    Q_INVOKABLE void attendPlayback();
+    /// True while the output has anything to be attended to.
+    Q_INVOKABLE bool attendPlayback();
     void onceClosed(std::function<void()> action);
     enum class Level { Scaled, Exact };
     void openChosenFile(const QString& path, Level level = Level::Scaled);
@@ -311,6 +327,9 @@ private:
     bool closesWithoutAsking_ = false;
     Announcer* announcer_ = nullptr;
     bool willAnnounce_ = false;
+    bool isNoteTitleDue_ = false; ///< between a note's press and its title
+    bool isOpeningAtLaunch_ = false;
+    int waitingNotes_ = 0; ///< until that is done
     SheetSession sheets_;
     WorkInWindow work_;
     RenderMessageQueue messages_;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "dsp/HarmonicProcessor.h"
+#include "platform/AudioOutput.h"
 
 /// The words that zemo-batch understands.
 namespace zemo::batch {
@@ -83,7 +84,7 @@ struct DumpStep {
 
 /// `render FILE [frames=N] [rms=on|off] [levels=FILE]`: what one press of Play delivers.
 struct RenderStep {
-    static constexpr std::uint32_t kDefaultFrames = 512;
+    static constexpr std::uint32_t kDefaultFrames = platform::kFramesPerRenderCall;
     static constexpr std::uint32_t kMostFrames = 1U << 20;
     std::string file;
     std::uint32_t frames = kDefaultFrames; ///< a call

@@ -22,7 +22,8 @@ void complain(std::initializer_list<std::string_view> parts);
 void complainOfStep(std::initializer_list<std::string_view> parts);
 
 /// Does the steps, through the same functions as the window's actions. Every step is true when it
-/// was done; otherwise it has said why not, naming itself and its file. All [main].
+/// was done; otherwise it has said why not, naming itself and its file. The steps outlive it. All
+/// [main].
 class StepRunner {
 public:
     explicit StepRunner(OfflineOutput& output) : output_(output) {}
@@ -52,6 +53,7 @@ private:
 
     OfflineOutput& output_;
     undo_struct undo_;
+    std::string_view soundFile_; ///< of the step that brought the sound
 };
 
 } // namespace zemo::batch

@@ -30,6 +30,10 @@ struct AudioTimeStamp {
 
 using RenderActionFlags = std::uint32_t;
 
+/// What every output of this program asks of its callback, one call after the other, however many
+/// frames its device wants at a time. So a play is the same everywhere, its fades included.
+inline constexpr std::uint32_t kFramesPerRenderCall = 512;
+
 /// Fills `frames` frames of `data`. Called on the audio thread: [audio][rt].
 using RenderCallback = Status (*)(void* context, RenderActionFlags* flags,
                                   const AudioTimeStamp* time, std::uint32_t bus,
@@ -77,6 +81,13 @@ public:
     /// [main] Does what start() and the audio thread left to be done. True while it is to be called
     /// again, every few milliseconds; false only when no render call is under way.
     virtual bool attend() = 0;
+
+    /// [main] What the server calls the plays that are started from now on: the sound's name.
+    virtual void setSoundName(const std::string& /*name*/) {}
+
+    /// [main] Gives the connection to the server up, unless a play is under way there that is still
+    /// heard; the next start() makes another one. Waits for that, for a moment at most.
+    virtual void disconnect() {}
 
     /// [main] True once after the device went away under a running unit.
     virtual bool takeFailure() = 0;

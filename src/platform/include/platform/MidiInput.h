@@ -24,6 +24,7 @@ using MidiReadProc = void (*)(const MidiPacketList& packets, void* readContext,
 /// Objects of the service are 32-bit handles; 0 is none.
 using MidiObject = std::uint32_t;
 
+/// All that is [main] may also be another thread's for a while, one at a time.
 class MidiService {
 public:
     MidiService() = default;
@@ -32,13 +33,18 @@ public:
     virtual ~MidiService() = default;
 
     virtual Status createClient(const char* name, MidiObject& client) = 0; ///< [main]
-    /// [main] `read` is called from the first connected source on.
+    /// [main] `read` gets what the sources send from their connection on, from deliver() on.
     virtual Status createInputPort(MidiObject client, const char* name, MidiReadProc read,
                                    void* readContext, MidiObject& port) = 0;
     virtual long numberOfSources() = 0;        ///< [main] present now
     virtual MidiObject source(long index) = 0; ///< [main] 0 up to numberOfSources()
     virtual Status connectSource(MidiObject port, MidiObject source,
                                  void* sourceContext) = 0; ///< [main]
+    /// [main] What has arrived since the first connection is read now, and from here on at once.
+    virtual void deliver() {}
+    /// [main] Closes the client with its port and its connections and looks for the service as at
+    /// the beginning, so that they can be made anew. Does not wait for either.
+    virtual void startOver() {}
     /// [any] What the user should know about it, empty when all is well.
     virtual std::string notice() const { return {}; }
     /// [main] Before the port is made: `changed` is called [midi] when notice() becomes another.

@@ -37,6 +37,10 @@ SampleBlock allocateUnsetSamples(std::int64_t count);
 /// [main] Whether the output runs, so that the callback may be reading the sound.
 bool isSounding();
 
+/// [main] Returns when each render call that has begun by now has ended, its messages included. A
+/// call never waits, so this lasts no longer than one.
+void awaitRenderCallsUnderWay();
+
 /// [main] Asks a play under way for its stop and waits until the callback is not called any more,
 /// at most kIdleWait; then stops the unit outright.
 void fallIdle();

@@ -16,6 +16,7 @@
 #include "platform/SystemVersion.h"
 #include "platform/TraceLog.h"
 #include "playback/Delegate.h"
+#include "playback/SharedState.h"
 
 namespace zemo::test {
 
@@ -29,6 +30,7 @@ public:
     double rate = 48000.0;
     std::map<std::string, platform::Status> failures; ///< status by the name of the call
     std::function<void()> whileStarting;              ///< runs inside start()
+    std::function<void()> whileAttended;              ///< runs inside attend()
     bool failed = false;                              ///< what takeFailure() answers once
 
     // What the test finds.
@@ -40,6 +42,7 @@ public:
     bool running = false;
     bool inUse = false; ///< stopped, but a call of it is still under way
     int attended = 0;   ///< how often attend() was called
+    std::string soundName;
 
     /// One render call of `frames` frames, made whether or not the unit runs. The output buffer is
     /// filled with `before` first.
@@ -55,7 +58,8 @@ public:
     platform::Status start() override;
     platform::Status stop() override;
     bool isRunning() const noexcept override { return running; }
-    bool attend() override { return ++attended, running || inUse; }
+    bool attend() override;
+    void setSoundName(const std::string& name) override { soundName = name; }
     bool takeFailure() override;
     std::string notice() const override { return {}; }
 
@@ -180,6 +184,7 @@ public:
     std::vector<std::string> calls;
     platform::MidiReadProc read = nullptr;
     std::function<void()> noticeChanged;
+    bool omniAtDelivery = false;
 
     platform::Status createClient(const char* name, platform::MidiObject& client) override;
     platform::Status createInputPort(platform::MidiObject client, const char* name,
@@ -191,6 +196,8 @@ public:
     }
     platform::Status connectSource(platform::MidiObject port, platform::MidiObject source,
                                    void* sourceContext) override;
+    void deliver() override { omniAtDelivery = omni; }
+    void startOver() override { calls.emplace_back("startOver"); }
     void onNotice(const std::function<void()>& changed) override { noticeChanged = changed; }
 
 private:

@@ -34,6 +34,10 @@ public:
     /// [any] How many of these threads there are, those that were left behind included.
     static int alive() noexcept;
 
+    /// [any] Whether one more may be made: so many hung calls at most are left behind.
+    static bool mayBeMade() noexcept { return alive() < kMost; }
+    static constexpr int kMost = 8;
+
     /// [main] Waits until there is none, at most so long. Whether there is none.
     static bool awaitAll(std::chrono::milliseconds patience);
 

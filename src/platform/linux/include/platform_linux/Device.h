@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "platform_linux/RenderFeed.h"
 
@@ -28,8 +29,10 @@ public:
     /// The device's own rate in hertz; 0 when there is no server, or no device behind it.
     virtual std::uint32_t connect() = 0;
 
-    /// A stream at `rate` hertz that takes its frames from `run` once it is started.
-    virtual bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate) = 0;
+    /// A stream at `rate` hertz that takes its frames from `run` once it is started. The server may
+    /// show its `name`, which may be any bytes.
+    virtual bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate,
+                            const std::string& name) = 0;
     virtual bool startStream() = 0;
     virtual void closeStream() = 0;
 

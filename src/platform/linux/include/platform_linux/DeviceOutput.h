@@ -4,6 +4,7 @@
 #include <future>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "platform/AudioOutput.h"
 #include "platform/Clock.h"
@@ -25,6 +26,8 @@ struct DeviceLimits {
     std::chrono::milliseconds question{200};
     /// What start() itself waits for a server; most have answered by then.
     std::chrono::milliseconds grace{30};
+    /// What disconnect() waits.
+    std::chrono::milliseconds farewell{200};
 };
 
 /// A device as an output. All that may hang happens on a thread of its own: no call to this object
@@ -51,6 +54,8 @@ public:
     Status stop() override;
     bool isRunning() const noexcept override;
     bool attend() override;
+    void setSoundName(const std::string& name) override { soundName_ = name; }
+    void disconnect() override;
     bool takeFailure() override { return std::exchange(failed_, false); }
     std::string notice() const override { return {}; }
 
@@ -76,7 +81,7 @@ private:
     bool isQuiet();
     bool isUnheard();
     void closeRun();
-    void leaveServer();
+    std::future<bool> leaveServer();
 
     DeviceFactory factory_;
     Clock& clock_;
@@ -84,6 +89,7 @@ private:
     RenderCallback callback_ = nullptr;
     void* context_ = nullptr;
     std::uint32_t rate_ = 0;
+    std::string soundName_;
     std::unique_ptr<Server> server_;
     std::shared_ptr<DeviceRun> run_;
     std::future<bool> answer_; ///< to the last question; invalid when there is none to wait for

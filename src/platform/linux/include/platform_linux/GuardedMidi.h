@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "platform/MidiInput.h"
@@ -18,7 +19,8 @@ struct MidiLimits {
 };
 
 /// A MIDI service whose calls may hang. It is made and called on a thread of its own; once it has
-/// taken too long it is given up, and this is a service without sources. A late answer is closed.
+/// taken too long it is given up, and this is a service without sources, until it is started over.
+/// A late answer is closed.
 class GuardedMidi final : public MidiService {
 public:
     using Factory = std::function<std::unique_ptr<MidiService>()>;
@@ -35,6 +37,8 @@ public:
     long numberOfSources() override;
     MidiObject source(long index) override;
     Status connectSource(MidiObject port, MidiObject source, void* sourceContext) override;
+    void deliver() override;
+    void startOver() override;
     std::string notice() const override;
     void onNotice(const std::function<void()>& changed) override;
 
@@ -51,9 +55,11 @@ private:
     Answer ask(Answer without, std::function<Answer(MidiService&)> question);
     void giveUp();
 
+    Factory factory_;
     MidiLimits limits_;
     std::chrono::steady_clock::time_point openBy_;
-    bool answered_ = false; ///< at least once
+    bool answered_ = false;    ///< at least once
+    mutable std::mutex mutex_; ///< of what follows: notice() may be asked for at any time
     std::shared_ptr<Guarded> guarded_;
     std::shared_ptr<Gate> gate_;
     std::unique_ptr<CallThread> thread_; ///< null once the service was given up

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace zemo::platform {
@@ -20,8 +21,9 @@ struct JackPlaces {
 /// for good. PipeWire's library has neither that data base nor that socket.
 bool mayHaveJackServer(const JackPlaces& places, const std::string& libraryVersion);
 
-/// [any] Whether a process has that server's socket open. Asks the kernel and not the server, so it
-/// never waits, and a server that was killed is seen at once.
-bool isJackServerAlive(const JackPlaces& places);
+/// [any] The number of the socket that the server listens at, 0 where none does: another one after
+/// each start of a server. Asks the kernel and not the server, so it never waits, and a server that
+/// was killed is seen at once.
+std::uint64_t jackServerSocket(const JackPlaces& places);
 
 } // namespace zemo::platform

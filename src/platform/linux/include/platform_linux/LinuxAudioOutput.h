@@ -26,6 +26,8 @@ public:
     Status stop() override { return current_->stop(); }
     bool isRunning() const noexcept override { return current_->isRunning(); }
     bool attend() override;
+    void setSoundName(const std::string& name) override { device_.setSoundName(name); }
+    void disconnect() override { device_.disconnect(); }
     bool takeFailure() override { return std::exchange(lost_, false); }
     std::string notice() const override { return notice_; }
 

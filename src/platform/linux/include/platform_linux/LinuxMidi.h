@@ -23,13 +23,15 @@ public:
 };
 
 /// [main] The computer's MIDI, sought and called on a thread of its own: no call hangs.
-std::unique_ptr<MidiService> makeLinuxMidi();
+/// `clientName` is what the client will be called; JACK wants to know it before it says whether it
+/// is there.
+std::unique_ptr<MidiService> makeLinuxMidi(const char* clientName);
 
 /// [any] The ALSA sequencer; where there is none, JACK; else EmptyMidi.
-std::unique_ptr<MidiService> findLinuxMidi();
+std::unique_ptr<MidiService> findLinuxMidi(const char* clientName);
 
 /// [any] One of them; null where it is not there.
 std::unique_ptr<MidiService> makeAlsaMidi();
-std::unique_ptr<MidiService> makeJackMidi();
+std::unique_ptr<MidiService> makeJackMidi(const char* clientName);
 
 } // namespace zemo::platform

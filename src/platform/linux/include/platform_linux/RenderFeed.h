@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 
@@ -9,6 +10,10 @@ namespace zemo::platform {
 
 /// The life of one device run, shared by the outputs: render calls, then a tail of silence, then
 /// the end. The audio thread fills; the main thread begins, resumes and ends.
+///
+/// Every render call is one of kFramesPerRenderCall frames. What a request leaves of them is kept
+/// for the next one, and what was rendered is delivered before the tail begins, unless the run is
+/// halted or its device is gone.
 class RenderFeed {
 public:
     enum class Phase : std::uint8_t {
@@ -18,8 +23,9 @@ public:
         Drained,   ///< nothing more comes
     };
 
-    void setCallback(RenderCallback callback, void* context) noexcept;    ///< [main]
-    void setTail(std::uint32_t frames) noexcept { tailFrames_ = frames; } ///< [main]
+    void setCallback(RenderCallback callback, void* context) noexcept; ///< [main]
+    /// [main] The silence behind the last frame of the last render call.
+    void setTail(std::uint32_t frames) noexcept { tailFrames_ = frames; }
 
     /// [audio][rt] Fills `frames` mono frames. Returns fewer only at the very end.
     std::uint32_t fill(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING;
@@ -43,7 +49,9 @@ public:
 
 private:
     std::uint32_t answer(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING;
-    std::uint32_t fillTail(std::uint32_t frames) noexcept ZEMO_NONBLOCKING;
+    void render() noexcept ZEMO_NONBLOCKING;
+    std::uint32_t takeRendered(float* output, std::uint32_t most) noexcept ZEMO_NONBLOCKING;
+    bool endTail() noexcept ZEMO_NONBLOCKING;
 
     RenderCallback callback_ = nullptr;
     void* context_ = nullptr;
@@ -53,8 +61,11 @@ private:
     /// the halt sees the request and waits for it.
     std::atomic<std::uint64_t> entered_{0};
     std::atomic<std::uint64_t> left_{0};
-    std::uint32_t tailDone_ = 0; ///< audio thread only
-    double sampleTime_ = 0.0;    ///< audio thread only
+    // Of the audio thread, and of begin(), before it runs.
+    std::array<float, kFramesPerRenderCall> block_{}; ///< of the last render call
+    std::uint32_t undelivered_ = 0;                   ///< its last frames, which wait
+    std::uint32_t tailDone_ = 0;
+    double sampleTime_ = 0.0; ///< frames rendered in this run
 };
 
 } // namespace zemo::platform

@@ -11,7 +11,6 @@ namespace zemo::platform {
 class SilentOutput final : public AudioOutputUnit {
 public:
     static constexpr double kDefaultRate = 48000.0;
-    static constexpr std::uint32_t kFramesPerCall = 512;
 
     ~SilentOutput() override;
 

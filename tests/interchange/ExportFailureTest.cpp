@@ -33,6 +33,7 @@ protected:
         platform.operations.hasNamelessFiles = GetParam().nameless;
         platform.launch(48000.0);
         loadSound(sound);
+        platform.files.files[path] = oldFile;
         const auto result = exportSound(FileUrl(path));
         EXPECT_TRUE(result);
         newFile = platform.files.files.at(path);

@@ -57,10 +57,14 @@ class Watcher:
         return found
 
 
-def save_again_and_again(program, folder, saves, environment):
+def make_private_file(folder):
     target = folder / "private.caf"
+    target.touch(0o600)
     target.write_bytes(b"old")
-    target.chmod(0o600)
+    return target
+
+
+def save_again_and_again(program, folder, target, saves, environment):
     while saves > 0:
         count = min(saves, SAVES_OF_ONE_RUN)
         subprocess.run([program, "open", folder / "source.caf"] + ["save", target] * count,
@@ -76,10 +80,11 @@ def watched(program, saves, environment):
     try:
         folder.chmod(0o755)
         (folder / CONTROL).write_text("for everybody")
+        (folder / "source.caf").touch(0o600)
         (folder / "source.caf").write_bytes(caf(44100.0, array.array("f", [0.25] * 5000)))
-        (folder / "source.caf").chmod(0o600)
+        target = make_private_file(folder)
         watchers = [Watcher(folder) for _ in range(WATCHERS)]
-        save_again_and_again(program, folder, saves, environment)
+        save_again_and_again(program, folder, target, saves, environment)
         stolen, looked = map(sum, zip(*(watcher.end() for watcher in watchers)))
         return stolen, looked
     finally:

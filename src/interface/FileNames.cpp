@@ -111,13 +111,6 @@ QString shownFileName(const QString& path) {
     return name;
 }
 
-bool isUtf8(std::string_view name) {
-    bool isAll = true;
-    forEachPart(
-        name, [](std::string_view /*character*/) {}, [&](std::uint8_t /*byte*/) { isAll = false; });
-    return isAll;
-}
-
 QString escapedName(std::string_view name) {
     QByteArray text;
     forEachPart(

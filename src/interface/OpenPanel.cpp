@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "interface/FileNames.h"
+#include "platform/Utf8.h"
 
 namespace zemo {
 namespace {
@@ -35,7 +36,7 @@ std::vector<std::string> namesThatAreNotUtf8(const std::atomic<bool>& stop,
          entry.increment(error)) {
         const std::string name = entry->path().filename();
         std::error_code ignored;
-        if (!isUtf8(name) && entry->is_regular_file(ignored)) {
+        if (!platform::isUtf8(name) && entry->is_regular_file(ignored)) {
             names.push_back(name);
         }
     }

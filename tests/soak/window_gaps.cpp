@@ -1,6 +1,6 @@
-// window_gaps: prints the longest time that the window's events had to wait, and how long a cancel took,
-// while half an hour of sound was worked on. tools/soak window runs it; it is no test, since a busy
-// machine keeps events waiting too.
+// window_gaps: prints the longest time that the window's events had to wait, and how long a cancel
+// took, while half an hour of sound was worked on. tools/soak window runs it; it is no test, since
+// a busy machine keeps events waiting too.
 #include <QElapsedTimer>
 #include <QPushButton>
 #include <QTemporaryDir>

@@ -175,7 +175,8 @@ std::unique_ptr<platform::FileStream> MemoryFileSystem::openForReading(const std
         error = refused != openErrors.end() ? refused->second : ENOENT;
         return nullptr;
     }
-    return std::make_unique<MemoryFileStream>(found->second, readableBytes, unreadableByte, whileReading);
+    return std::make_unique<MemoryFileStream>(found->second, readableBytes, unreadableByte,
+                                              whileReading);
 }
 
 long FakeFileOperations::called(const std::string& name) {

@@ -4,8 +4,10 @@
 #include <string>
 
 #include "interface/FileNames.h"
+#include "platform/Utf8.h"
 
 using namespace zemo;
+using platform::isUtf8;
 
 class FileNamesTest : public QObject {
     Q_OBJECT

@@ -21,8 +21,6 @@ std::string absoluteBytesOf(const QString& path);
 /// The path's last part for a person to read: U+FFFD stands for every byte that is no UTF-8.
 QString shownFileName(const QString& path);
 
-bool isUtf8(std::string_view name);
-
 /// The name in characters that can be typed, and told from other such names: %XX for every byte
 /// that is not part of any UTF-8, and for the percent sign itself.
 QString escapedName(std::string_view name);

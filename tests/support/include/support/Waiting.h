@@ -2,8 +2,8 @@
 
 #include <QtTest>
 
-// QtTest waits five seconds for what is tried for, which a busy machine may need. Only a defect takes
-// all of a minute.
+// QtTest waits five seconds for what is tried for, which a busy machine may need. Only a defect
+// takes all of a minute.
 #undef QTRY_VERIFY
 #undef QTRY_COMPARE
 #define QTRY_VERIFY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 60000)

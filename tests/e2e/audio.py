@@ -1,7 +1,6 @@
 """Sounds to play, the files that they come in, and what a recording has of them."""
 
 import subprocess
-from dataclasses import dataclass
 
 import numpy
 
@@ -9,8 +8,7 @@ from servers import wait_for
 
 # Silence that lasts this long ends a play. The calls at its end are far shorter.
 QUIET_SECONDS = 0.3
-# The device asks for less than this at a time, so the fade-out begins in the last two of it.
-LONGEST_CALL_SECONDS = 0.15
+FRAMES = 512  # of a render call, and so of a fade, whatever a device asks for
 
 
 def noise(count, seed):
@@ -63,45 +61,40 @@ def normalized(samples):
     return samples / numpy.float32(float(peak) * 1.1)
 
 
-@dataclass
-class Play:
-    """One play in a recording, from sample 0 of the sound to the last that was heard."""
-
-    heard: numpy.ndarray
-    first_call: int  # frames of the fade-in
-    last_call: int  # frames of the fade-out
-    fade_out: int  # the sample that it begins at
-
-    def expected(self, samples):
-        """What the device is to get, computed in 32-bit floats from first to last."""
-        result = samples[:len(self.heard)].copy()
-        rising = min(self.first_call, len(result))
-        ramp = numpy.arange(rising, dtype=numpy.float32)
-        result[:rising] = result[:rising] * ramp / numpy.float32(self.first_call)
-        falling = len(result) - self.fade_out
-        ramp = numpy.arange(self.last_call, self.last_call - falling, -1, dtype=numpy.float32)
-        result[self.fade_out:] = result[self.fade_out:] * ramp / numpy.float32(self.last_call)
-        return result
-
-    def ends_with_the_sound(self, samples):
-        """Whether the call that faded out reached past the last sample."""
-        return self.fade_out + self.last_call > len(samples)
+def _ramp(samples, factors):
+    """In 32-bit floats from first to last."""
+    factors = numpy.asarray(factors, numpy.float32)[:len(samples)]
+    return samples[:len(factors)] * factors / numpy.float32(FRAMES)
 
 
-def understand(heard, samples):
-    """Finds the two fades by the factors in them: 1/n first, and (m-i)/m in the end."""
-    assert len(heard) <= len(samples), "more was heard than there is"
-    first_call = round(float(samples[1]) / float(heard[1]))
-    changed = numpy.flatnonzero(heard[first_call:] != samples[first_call:len(heard)])
-    assert len(changed) > 0, "there is no fade-out"
-    fade_out = first_call + int(changed[0])
-    # The fade-out's first frame has the factor m/m, which rounding may change or not.
-    if abs(heard[fade_out] / samples[fade_out] - 1) > 1e-6:
-        fade_out -= 1
-    last = len(heard) - 1
-    factor = float(heard[last]) / float(samples[last])
-    last_call = round((last - fade_out) / (1 - factor))
-    return Play(heard, first_call, last_call, fade_out)
+def fade_out_of(count):
+    """The frame that a whole play of so many samples begins to fade out at: that of the first call,
+    after the two that a play begins with, before which fewer than two calls' frames are left."""
+    begin = 2 * FRAMES
+    while count - begin >= 2 * FRAMES:
+        begin += FRAMES
+    return begin
+
+
+def fade_reaches_past_the_end(count):
+    """Whether the call that fades out has not all its frames."""
+    return fade_out_of(count) + FRAMES > count
+
+
+def play(samples, fade_out=None):
+    """What the device is to get of a sound: all of a play, or up to the fade-out of a stop."""
+    begin = fade_out_of(len(samples)) if fade_out is None else fade_out
+    result = samples[:begin + FRAMES].copy()
+    result[:FRAMES] = _ramp(result[:FRAMES], range(FRAMES))
+    result[begin:] = _ramp(result[begin:], range(FRAMES, 0, -1))
+    return result
+
+
+def heard_of(frames):
+    """From the silent frame before the first that sounds, with which a fade-in begins, to the last
+    that sounds."""
+    sounding = numpy.flatnonzero(frames)
+    return frames[max(sounding[0] - 1, 0):sounding[-1] + 1]
 
 
 def _breaks(sounding, rate):

@@ -88,22 +88,21 @@ class SoundCase(WindowCase):
             self.fail(f"{len(differing)} of {len(actual)} samples differ, the first at {where}: "
                       f"{actual[where]!r}, not {expected[where]!r}")
 
-    def assert_exact(self, heard, samples):
-        """The sound's own samples from the first one on, with a ramp at either end."""
-        play = audio.understand(heard, samples)
-        self.assert_same_samples(heard, play.expected(samples))
-        return play
-
     def assert_whole(self, heard, samples):
-        """As above, and up to the sound's end but for what the last two calls leave over."""
-        play = self.assert_exact(heard, samples)
-        left = len(samples) - play.fade_out
-        self.assertLess(left, 2 * audio.LONGEST_CALL_SECONDS * self.rate)
-        return play
+        """A play of all of the sound, as the render callback makes it."""
+        self.assert_same_samples(heard, audio.heard_of(audio.play(samples)))
+
+    def assert_stopped(self, heard, samples):
+        """A play from the sound's first sample on, and one fade at the end of it. None of the
+        samples is 0."""
+        fade_out = len(heard) - audio.FRAMES
+        self.assertEqual(fade_out % audio.FRAMES, 0)
+        self.assertGreaterEqual(fade_out, audio.FRAMES)
+        self.assertLess(fade_out, audio.fade_out_of(len(samples)))
+        self.assert_same_samples(heard, audio.play(samples, fade_out))
 
     def assert_plays_whole(self, samples):
         """Presses Play and listens to the end."""
         before = self.listener.plays_so_far()
         self.play()
-        heard = self.listener.wait_for_plays(before + 1)[-1]
-        return self.assert_whole(heard, samples)
+        self.assert_whole(self.listener.wait_for_plays(before + 1)[-1], samples)

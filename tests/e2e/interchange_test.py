@@ -1,6 +1,7 @@
 """Import, export, and files that are dropped or given at the start."""
 
 import itertools
+import os
 import subprocess
 
 import numpy

@@ -3,6 +3,7 @@
 import os
 import subprocess
 import sys
+from contextlib import suppress
 from pathlib import Path
 
 from servers import end, wait_for
@@ -73,6 +74,17 @@ class Bus:
     def close(self):
         self._sender.close()
         self._server.close()
+
+
+def look_for_midi(window, sources):
+    """As often as it takes: the program gives a server two seconds to answer."""
+    def are_counted():
+        window.choose("Look for MIDI Again")
+        with suppress(AssertionError):
+            return wait_for(lambda: window.look_for("label", f"MIDI sources: {sources}"),
+                            "they are counted", timeout=5)
+        return None
+    wait_for(are_counted, f"there are {sources} MIDI sources")
 
 
 def note_on(channel=0, velocity=64):

@@ -31,8 +31,9 @@ class PlaybackLaws:
         samples = self.noise(SECONDS)
         self.launch(audio.write_caf(self.path("noise.caf"), self.rate, samples))
         self.window.wait_for_title(PLAY)
-        play = self.assert_plays_whole(samples)
-        self.window.wait_for_title(STOP if play.ends_with_the_sound(samples) else PLAY)
+        self.assert_plays_whole(samples)
+        past_the_end = audio.fade_reaches_past_the_end(len(samples))
+        self.window.wait_for_title(STOP if past_the_end else PLAY)
 
     def test_the_window_shows_the_rate_of_the_device(self):
         self.launch()

@@ -35,9 +35,7 @@ class NameLaws:
         case.WindowCase.setUp(self)
         self.server = self.make_server(case.desktop, self.rate)
         self.addCleanup(self.server.close)
-        recording = self.server.record()
-        self.addCleanup(recording.close)
-        self.listener = audio.Listener(recording)
+        self.listener = audio.Listener(self.server.record())
         self.own = OURS | {"application.version": version(PROGRAM)}
 
     def streams(self):

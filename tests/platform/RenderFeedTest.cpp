@@ -91,6 +91,17 @@ TEST_F(Feed, RendersFromItsBeginning) {
     EXPECT_EQ(delivered_, 8U);
 }
 
+TEST_F(Feed, LeavesTheFirstRequestSilentWhereItMayBeLost) {
+    renderCounting();
+    feed_.begin();
+    feed_.leaveFirstRequestSilent();
+    EXPECT_EQ(fill(700), std::vector<float>(700, 0.0F));
+    EXPECT_EQ(delivered_, 700U);
+    EXPECT_TRUE(calls_.frames.empty());
+    EXPECT_EQ(fill(700), counted(1.0F, 700));
+    EXPECT_EQ(fill(700), counted(701.0F, 700));
+}
+
 TEST_F(Feed, EveryCallIsOf512FramesWhateverTheDeviceAsksFor) {
     feed_.begin();
     std::uint32_t asked = 0;

@@ -95,6 +95,9 @@ public:
                               run.get()) != CUBEB_OK) {
             return false;
         }
+        if (isOnJack) { // a period that has begun by now goes to nobody: its graph is an older one
+            run->feed.leaveFirstRequestSilent();
+        }
         run_ = std::move(run);
         stream_.reset(stream);
         jackServer_ = isOnJack ? jackServerSocket(JackPlaces::ofThisProcess()) : 0;

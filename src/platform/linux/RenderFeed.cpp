@@ -14,7 +14,8 @@ void RenderFeed::setCallback(RenderCallback callback, void* context) noexcept {
 std::uint32_t RenderFeed::fill(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING {
     std::fill_n(output, frames, 0.0F);
     entered_.fetch_add(1);
-    const std::uint32_t delivered = answer(output, frames);
+    const bool isLeftSilent = leavesSilent_.exchange(false);
+    const std::uint32_t delivered = isLeftSilent ? frames : answer(output, frames);
     left_.fetch_add(1);
     return delivered;
 }

@@ -27,6 +27,9 @@ public:
     /// [main] The silence behind the last frame of the last render call.
     void setTail(std::uint32_t frames) noexcept { tailFrames_ = frames; }
 
+    /// [any] Before the first request: render calls begin with the second one.
+    void leaveFirstRequestSilent() noexcept { leavesSilent_.store(true); }
+
     /// [audio][rt] Fills `frames` mono frames. Returns fewer only at the very end.
     std::uint32_t fill(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING;
 
@@ -61,6 +64,7 @@ private:
     /// the halt sees the request and waits for it.
     std::atomic<std::uint64_t> entered_{0};
     std::atomic<std::uint64_t> left_{0};
+    std::atomic<bool> leavesSilent_{false}; ///< the next request
     // Of the audio thread, and of begin(), before it runs.
     std::array<float, kFramesPerRenderCall> block_{}; ///< of the last render call
     std::uint32_t undelivered_ = 0;                   ///< its last frames, which wait

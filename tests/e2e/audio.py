@@ -97,6 +97,12 @@ def heard_of(frames):
     return frames[max(sounding[0] - 1, 0):sounding[-1] + 1]
 
 
+def without_pauses(heard):
+    """Without the silence while a server stood still, or while JACK held its clients to change the
+    length of a call. None of the sound's samples is 0 but that which the fade-in begins with."""
+    return numpy.concatenate([heard[:1], heard[1:][heard[1:] != 0]])
+
+
 def _breaks(sounding, rate):
     """Where, among the frames that sound, a silence lies before one."""
     return numpy.flatnonzero(numpy.diff(sounding) > QUIET_SECONDS * rate) + 1

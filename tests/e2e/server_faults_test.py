@@ -17,12 +17,6 @@ setUpModule = case.start_desktop
 SECONDS = 2
 
 
-def without_pauses(heard):
-    """JACK stops its clients to change the length of a call, which may be heard as silence for a
-    moment. None of the sound's samples is zero but that which the fade-in begins with."""
-    return numpy.concatenate([heard[:1], heard[1:][heard[1:] != 0]])
-
-
 class FaultCase(case.SoundCase):
     """A play under way."""
 
@@ -131,7 +125,7 @@ class LengthLaws:
         self.begin()
         with self.server.other_calls():
             heard = self.listener.wait_for_plays(before + 1)[-1]
-        self.assert_whole(without_pauses(heard), self.samples)
+        self.assert_whole(audio.without_pauses(heard), self.samples)
 
 
 class PulseAudio(KillLaws, FreezeLaws, SinkLaws, LengthLaws, FaultCase):
@@ -170,7 +164,7 @@ class Jack(KillLaws, FreezeLaws, FaultCase):
         self.begin()
         self.server.set_buffer(512)
         [heard] = self.listener.wait_for_plays(1)
-        self.assert_whole(without_pauses(heard), self.samples)
+        self.assert_whole(audio.without_pauses(heard), self.samples)
 
 
 class MidiServer(case.SoundCase):

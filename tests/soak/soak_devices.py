@@ -5,7 +5,6 @@ import time
 import audio
 import case
 from faults import LOST, MIDI_LOST, TRUTH_SECONDS, says, seconds_until
-from server_faults_test import without_pauses
 from servers import Desktop
 from soak_servers import KINDS, Rig
 from sound_servers import JackServer
@@ -26,7 +25,7 @@ class DeviceRig(Rig):
         self.begin()
         with self.server.other_calls():
             [heard] = self.listener.wait_for_plays(1)
-        self.assert_whole(without_pauses(heard), self.samples)
+        self.assert_whole(audio.without_pauses(heard), self.samples)
         return time.monotonic() - since
 
     def other_rate(self):

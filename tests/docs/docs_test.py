@@ -82,6 +82,35 @@ class TheDocuments(unittest.TestCase):
             for name in re.findall(r"--preset (\S+)", document.read_text(encoding="utf-8")):
                 self.assertIn(name, presets, document.name)
 
+    def test_name_only_tests_that_exist(self):
+        build = pathlib.Path(BATCH).parents[1]
+        if build.name != "release":
+            self.skipTest("the documents speak of the release preset")
+        said = subprocess.run(["ctest", "--test-dir", build, "-N"], text=True, capture_output=True,
+                              check=True).stdout
+        tests = re.findall(r"Test +#\d+: (\S+)", said)
+        named = [(document, pattern.replace("\\|", "|")) for document in DOCUMENTS for pattern in
+                 re.findall(r" -R '?([\w|\\.]+)|`-R '?([\w|\\.]+)", document.read_text(encoding="utf-8"))
+                 for pattern in pattern if pattern]
+        self.assertGreater(len(named), 10)
+        for document, pattern in named:
+            for part in pattern.split("|"):
+                name = part.replace("CLASS", "PulseAudio")
+                self.assertTrue([test for test in tests if re.search(name, test)],
+                                f"{document.name}: {part}")
+
+    def test_name_only_cases_that_exist(self):
+        for document in DOCUMENTS:
+            for program, patterns in re.findall(r"build/release/bin/(\w+) --gtest_filter='([^']+)'",
+                                                document.read_text(encoding="utf-8")):
+                listed = pathlib.Path(BATCH).with_name(program)
+                if listed.exists() and "NAME" not in patterns:
+                    for pattern in patterns.split(":"):
+                        said = subprocess.run([listed, "--gtest_list_tests",
+                                               f"--gtest_filter={pattern}"], text=True,
+                                              capture_output=True, check=True).stdout
+                        self.assertIn("\n  ", said, f"{document.name}: {pattern}")
+
     def test_have_the_version_of_the_program(self):
         version = re.search(r"project\(zemo VERSION (\S+)", text("CMakeLists.txt")).group(1)
         self.assertEqual(batch("--version").stdout, f"zemo-batch {version}\n")

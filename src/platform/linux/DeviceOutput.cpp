@@ -12,8 +12,11 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Status kDeviceError = static_cast<Status>(fourCharCode("!dev"));
-/// Silence sent after the last sound: a server may lose its last, partly filled period.
-constexpr double kTailSeconds = 0.06;
+/// Silence sent after the last sound. It is longer than what a server takes ahead: so when it has
+/// been taken, the sound has been heard, however slowly the server goes; and a sound of a
+/// millisecond fills as much as a server begins with. A server may also lose its last, partly
+/// filled period.
+constexpr double kTailSeconds = 0.16;
 /// The most that one attendance adds to the time without a request: when the program itself was
 /// held up, that is not the device's fault.
 constexpr std::chrono::nanoseconds kLongestPause = 100ms;

@@ -141,12 +141,14 @@ class Listener:
         return self._plays and \
             len(self._track) - self._plays[-1][1] < QUIET_SECONDS * self._rate
 
+    def are_over(self, count):
+        """Whether so many plays have been heard to their ends."""
+        self._listen()
+        return len(self._plays) >= count and not self._is_in_a_play()
+
     def wait_for_plays(self, count):
         """Each play's frames, the silent first one of the fade-in included."""
-        def all_over():
-            self._listen()
-            return len(self._plays) >= count and not self._is_in_a_play()
-        wait_for(all_over, f"{count} plays are over")
+        wait_for(lambda: self.are_over(count), f"{count} plays are over")
         return [self._track[max(first - 1, 0):last + 1] for first, last in self._plays]
 
     def wait_for_silence(self):

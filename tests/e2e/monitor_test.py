@@ -13,6 +13,7 @@ import numpy
 
 import audio
 import case
+from faults import SILENT, says
 from servers import wait_for
 from sound_servers import JackServer, PipeWireServer, PulseServer
 from window import PLAY, PROGRAM, STOP
@@ -23,7 +24,7 @@ BATCH = str(Path(PROGRAM).with_name("zemo-batch"))
 ALL = os.environ.get("ZEMO_MONITOR") == "all"
 RATES = (44100, 48000, 96000) if ALL else (44100, 48000)
 SECONDS = (0.001, 0.01, 0.011, 0.022, 0.05, 0.2, 0.5, 1, 2) if ALL else (0.001, 0.05, 0.5)
-PERIODS = (64, 128, 256, 512, 1024, 2048, 4096) if ALL else (64, 4096)
+PERIODS = (64, 128, 256, 512, 1024, 2048, 4096) if ALL else (256, 4096)
 STOPS = 50 if ALL else 5
 PAUSE_SECONDS = 0.12
 LONGEST_PAUSE_SECONDS = 0.3  # one of half a second is told, and ends the play
@@ -92,7 +93,14 @@ class MonitorCase(case.SoundCase):
         self.assert_whole(heard, self.samples)
 
     def assert_plays_as_rendered(self):
-        self.assert_rendered(self.heard_after(self.press_play()))
+        """Again where a server was so slow that the play went on silently, which the window says."""
+        before = self.press_play()
+        wait_for(lambda: self.listener.are_over(before + 1) or says(self.window, SILENT),
+                 "a play is over, or silent")
+        if self.listener.plays_so_far() == before:
+            self.window.wait_for_title(PLAY)
+            return self.assert_plays_as_rendered()
+        self.assert_rendered(self.heard_after(before))
 
 
 class MonitorLaws:
@@ -171,7 +179,7 @@ class Jack(MonitorLaws, MonitorCase):
     def test_periods_of_every_size(self):
         for period in PERIODS:
             with self.subTest(period=period):
-                self.begin(48000, 0.3, period=period)
+                self.begin(48000, 0.05, period=period)
                 self.assert_plays_as_rendered()
                 self.end()
 

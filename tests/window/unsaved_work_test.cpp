@@ -13,7 +13,6 @@
 
 using namespace zemo;
 using zemo::test::hasCopyOf;
-using zemo::test::rawFile;
 using zemo::test::RescuedWindow;
 using zemo::test::soundsInCopies;
 
@@ -77,10 +76,9 @@ private slots:
     void the_work_before_another_file_survives_two_reverts() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp-48000.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp-48000.f32", 0.25F);
         const Sound work = zemo.sound();
-        zemo.delegate.openFileNamed(rawFile(state, "bell.f32", 0.5F));
+        zemo.openRaw("bell.f32", 0.5F);
         QVERIFY(zemo.isOffered());
         QCOMPARE(zemo.offer(), QString("harp-48000 was not saved"));
         QTRY_VERIFY_WITH_TIMEOUT(hasCopyOf(state, work), kLong);
@@ -95,8 +93,7 @@ private slots:
     void each_of_two_works_has_its_copy() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "a.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("a.f32", 0.25F);
         const Sound first = zemo.sound();
         zemo.delegate.openAnyFile(QString::fromStdString(
             std::string(EXAMPLES) + "/harp-48000.caf")); // as a file that is dropped
@@ -110,8 +107,7 @@ private slots:
     void work_is_offered_when_an_open_empties_the_window() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         const Sound work = zemo.sound();
         zemo.delegate.openFileNamed(state.filePath("nothing.f32"));
         QCOMPARE(fBuffersize.load(), 0);
@@ -126,8 +122,7 @@ private slots:
     void the_third_of_three_rewrites_offers_the_first() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         const Sound first = zemo.sound();
         zemo.resample();
         QVERIFY(!zemo.isOffered()); // it is behind Revert
@@ -146,7 +141,7 @@ private slots:
     void a_double_click_answers_one_offer_only() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
+        zemo.openRaw("harp.f32", 0.25F);
         for (int i = 0; i < 4; ++i) {
             zemo.resample();
         }
@@ -177,10 +172,9 @@ private slots:
     void what_stands_in_a_file_is_never_offered() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         zemo.delegate.exportFile(state.filePath("harp.wav"));
-        zemo.delegate.openFileNamed(rawFile(state, "bell.f32", 0.5F));
+        zemo.openRaw("bell.f32", 0.5F);
         QTRY_COMPARE_WITH_TIMEOUT(soundsInCopies(state).size(), std::size_t{0}, kLong);
         QVERIFY(!zemo.isOffered());
     }
@@ -188,11 +182,10 @@ private slots:
     void a_save_of_a_sound_that_is_gone_ends_its_offer() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         zemo.delegate.SaveAsAudioDialog(nullptr);
         auto* const panel = zemo.savePanel();
-        zemo.delegate.openFileNamed(rawFile(state, "bell.f32", 0.5F));
+        zemo.openRaw("bell.f32", 0.5F);
         QVERIFY(zemo.isOffered());
         panel->findChild<QLineEdit*>("fileNameEdit")->setText(state.filePath("saved.caf"));
         panel->accept();
@@ -206,8 +199,7 @@ private slots:
     void the_window_says_which_copy_goes_before_it_does() {
         const QTemporaryDir state;
         RescuedWindow zemo(state, 48000.0, {.mostBytes = 1});
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         const Sound first = zemo.sound();
         zemo.resample();
         QTRY_COMPARE_WITH_TIMEOUT(soundsInCopies(state).size(), std::size_t{2}, kLong);
@@ -229,8 +221,7 @@ private slots:
         HeldUpDisk disk;
         RescuedWindow zemo(state, 48000.0, {.mostHeldBytes = 1});
         platform::services().fileOperations = &disk;
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         zemo.resample();
         zemo.resample();
         const Sound third = zemo.sound();
@@ -256,10 +247,9 @@ private slots:
         HeldUpDisk disk;
         RescuedWindow zemo(state);
         platform::services().fileOperations = &disk;
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         const Sound work = zemo.sound();
-        zemo.delegate.openFileNamed(rawFile(state, "bell.f32", 0.5F));
+        zemo.openRaw("bell.f32", 0.5F);
         zemo.restore();
         QCOMPARE(zemo.sound(), work);
         QCOMPARE(zemo.headline(), QString("harp.f32"));
@@ -274,10 +264,9 @@ private slots:
     void an_offer_without_its_copy_says_so_and_can_be_discarded() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         const std::weak_ptr<float> work = heldSound();
-        zemo.delegate.openFileNamed(rawFile(state, "bell.f32", 0.5F));
+        zemo.openRaw("bell.f32", 0.5F);
         const Sound bell = zemo.sound();
         QTRY_VERIFY_WITH_TIMEOUT(work.expired(), kLong); // it is written then
         const fs::path copy = zemo::test::rescueCopies(rootIn(state)).at(0);
@@ -296,8 +285,7 @@ private slots:
         HeldUpDisk disk;
         RescuedWindow zemo(state);
         platform::services().fileOperations = &disk;
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         zemo.delegate.window->close();
         const auto panel = [&] { return zemo.delegate.window->findChild<ProgressPanel*>(); };
         QTimer finger;
@@ -323,10 +311,9 @@ private slots:
     void revert_brings_a_sound_back_with_its_name() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         QCOMPARE(zemo.headline(), QString("harp.f32"));
-        zemo.delegate.openFileNamed(rawFile(state, "bell.f32", 0.5F));
+        zemo.openRaw("bell.f32", 0.5F);
         zemo.revert();
         QCOMPARE(zemo.headline(), QString("harp.f32"));
         zemo.revert();
@@ -336,8 +323,7 @@ private slots:
     void no_sound_does_not_stand_over_a_sound() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         zemo.delegate.openFileNamed(state.filePath("nothing.f32"));
         QCOMPARE(zemo.headline(), QString("No sound"));
         zemo.revert();
@@ -348,8 +334,7 @@ private slots:
     void a_save_gives_the_sound_the_files_name() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         zemo.delegate.SaveAsAudioDialog(nullptr);
         auto* const panel = zemo.savePanel();
         auto* const field = panel->findChild<QLineEdit*>("fileNameEdit");
@@ -368,7 +353,7 @@ private slots:
         RescuedWindow zemo(state);
         QCOMPARE(zemo.title(), QString("ZEMO"));
         QVERIFY(!zemo.isModified());
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
+        zemo.openRaw("harp.f32", 0.25F);
         QCOMPARE(zemo.title(), QString("harp.f32[*] – ZEMO"));
         QVERIFY(!zemo.isModified());
         zemo.resample();
@@ -387,7 +372,7 @@ private slots:
     void a_name_with_the_marks_own_letters_is_shown_as_it_is() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "a[*]b.f32", 0.25F));
+        zemo.openRaw("a[*]b.f32", 0.25F);
         QCOMPARE(zemo.title(), QString("a[*][*]b.f32[*] – ZEMO"));
     }
 
@@ -396,8 +381,7 @@ private slots:
         Sound work;
         {
             RescuedWindow zemo(state);
-            zemo.delegate.openFileNamed(rawFile(state, "harp.v2.f32", 0.25F));
-            zemo.resample();
+            zemo.rewriteRaw("harp.v2.f32", 0.25F);
             work = zemo.sound();
         }
         RescuedWindow zemo(state);
@@ -414,8 +398,7 @@ private slots:
     void closing_asks_nothing_where_a_copy_is_kept() {
         const QTemporaryDir state;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         zemo.delegate.window->close();
         QTRY_VERIFY_WITH_TIMEOUT(!zemo.delegate.window->isVisible(), kLong);
         QVERIFY(zemo.question() == nullptr);
@@ -426,7 +409,7 @@ private slots:
         const QTemporaryDir state;
         blockFolder(state);
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
+        zemo.openRaw("harp.f32", 0.25F);
         zemo.delegate.window->close();
         QVERIFY(!zemo.delegate.window->isVisible());
     }
@@ -435,8 +418,7 @@ private slots:
         const QTemporaryDir state;
         blockFolder(state);
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         QTRY_VERIFY_WITH_TIMEOUT(zemo.notice().contains(kNoCopy), kLong);
         zemo.delegate.window->close();
         QTRY_VERIFY_WITH_TIMEOUT(zemo.question() != nullptr, kLong);
@@ -462,8 +444,7 @@ private slots:
         const QTemporaryDir state;
         blockFolder(state);
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         zemo.delegate.window->close();
         QTRY_VERIFY_WITH_TIMEOUT(zemo.question() != nullptr, kLong);
         zemo.choose("Save");
@@ -483,8 +464,7 @@ private slots:
         const fs::path victim = precious(elsewhere);
         {
             RescuedWindow zemo(state); // has the root made
-            zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-            zemo.resample();
+            zemo.rewriteRaw("harp.f32", 0.25F);
         }
         fs::remove_all(onlyFolderIn(state));
         fs::create_directory_symlink(victim, rootIn(state) / "aBcDeF");
@@ -504,8 +484,7 @@ private slots:
         const QTemporaryDir elsewhere;
         const fs::path victim = precious(elsewhere) / "diary.caf";
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         QTRY_COMPARE_WITH_TIMEOUT(soundsInCopies(state).size(), std::size_t{1}, kLong);
         for (const auto& copy : zemo::test::rescueCopies(rootIn(state))) {
             fs::remove(copy);
@@ -520,8 +499,7 @@ private slots:
         const QTemporaryDir state;
         const QTemporaryDir elsewhere;
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         QTRY_COMPARE_WITH_TIMEOUT(soundsInCopies(state).size(), std::size_t{1}, kLong);
         const fs::path folder = onlyFolderIn(state);
         fs::rename(folder, folder.string() + "-moved");
@@ -538,8 +516,7 @@ private slots:
         fs::create_directories(rootIn(state));
         fs::permissions(rootIn(state), fs::perms::all);
         RescuedWindow zemo(state);
-        zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-        zemo.resample();
+        zemo.rewriteRaw("harp.f32", 0.25F);
         QTRY_VERIFY_WITH_TIMEOUT(zemo.notice().contains(kNoCopy), kLong);
         QCOMPARE(soundsInCopies(state).size(), std::size_t{0});
     }
@@ -548,8 +525,7 @@ private slots:
         const QTemporaryDir state;
         {
             RescuedWindow zemo(state);
-            zemo.delegate.openFileNamed(rawFile(state, "harp.f32", 0.25F));
-            zemo.resample();
+            zemo.rewriteRaw("harp.f32", 0.25F);
         }
         const fs::path folder = onlyFolderIn(state);
         std::ofstream(folder / "thesis.txt") << "chapter one";

@@ -22,15 +22,36 @@ struct RealDisk {
     platform::PosixFileSystem fileSystem;
 };
 
+/// A raw file of `count` samples of that value.
+inline QString rawFile(const QTemporaryDir& folder, const QString& name, float sample,
+                       int count = 1000) {
+    const std::vector<float> samples(static_cast<std::size_t>(count), sample);
+    QFile file(folder.filePath(name));
+    if (!file.open(QFile::WriteOnly)) {
+        qFatal("cannot write");
+    }
+    file.write(reinterpret_cast<const char*>(samples.data()), qint64{4} * count);
+    return file.fileName();
+}
+
 /// The window with its rescue line, over the real disk. That goes last: copies may be written to
 /// the end.
 struct RescuedWindow : RealDisk, WindowUnderTest {
     explicit RescuedWindow(const QTemporaryDir& state, double rate = 48000.0,
                            const rescue::RescueLimits& limits = {})
-        : WindowUnderTest(rate) {
+        : WindowUnderTest(rate), state_(state) {
         platform::services().fileOperations = &operations;
         platform::services().fileSystem = &fileSystem;
         delegate.keepRescueCopies(state.filePath("zemo/rescue").toStdString(), limits);
+    }
+
+    /// Made beside the rescue folder.
+    void openRaw(const char* name, float value) {
+        delegate.openFileNamed(rawFile(state_, name, value));
+    }
+    void rewriteRaw(const char* name, float value) {
+        openRaw(name, value);
+        resample();
     }
 
     template <typename Widget> Widget* find(const char* name) {
@@ -79,19 +100,10 @@ struct RescuedWindow : RealDisk, WindowUnderTest {
     static std::vector<float> sound() {
         return {fBuffer.load(), fBuffer.load() + fBuffersize.load()};
     }
-};
 
-/// A raw file of `count` samples of that value.
-inline QString rawFile(const QTemporaryDir& folder, const QString& name, float sample,
-                       int count = 1000) {
-    const std::vector<float> samples(static_cast<std::size_t>(count), sample);
-    QFile file(folder.filePath(name));
-    if (!file.open(QFile::WriteOnly)) {
-        qFatal("cannot write");
-    }
-    file.write(reinterpret_cast<const char*>(samples.data()), qint64{4} * count);
-    return file.fileName();
-}
+private:
+    const QTemporaryDir& state_;
+};
 
 /// The copies under a folder, which is what a kill leaves, each with its samples.
 inline std::vector<std::vector<float>> soundsInCopies(const QTemporaryDir& state) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include "platform/Format.h"
@@ -178,7 +177,8 @@ int AtomicFile::writeOut(const std::byte* bytes, std::size_t count) {
 
 int AtomicFile::writeAt(std::uint64_t offset, const void* bytes, std::size_t count) {
     if (place_ == Place::Stream) {
-        std::memcpy(kept_.data() + offset, bytes, count);
+        const auto* const first = static_cast<const std::byte*>(bytes);
+        std::copy(first, first + count, kept_.begin() + static_cast<std::ptrdiff_t>(offset));
         return 0;
     }
     const auto* next = static_cast<const char*>(bytes);

@@ -17,7 +17,7 @@ using Vectors = std::map<std::string, Series>;
 using AgainstSciPy = DspTest;
 
 Vectors readVectors(const std::string& name) {
-    std::ifstream file(std::string(ZEMO_DSP_VECTORS) + "/" + name);
+    std::ifstream file(ZEMO_DSP_VECTORS "/" + name);
     Vectors vectors;
     std::string title;
     std::size_t count = 0;

@@ -177,10 +177,10 @@ private slots:
     }
 
     void aFileWhoseNameIsNotUtf8IsChosenBelowTheList() {
-        WindowUnderTest zemo;
-        const std::string path = putNamed(zemo, "caf\xE9 100%.f32", bytesOf({0.25F, 0.5F}));
-        putNamed(zemo, "\xFF\xFE.f32", {1, 2, 3, 4});
         for (const bool byName : {false, true}) {
+            WindowUnderTest zemo;
+            const std::string path = putNamed(zemo, "caf\xE9 100%.f32", bytesOf({0.25F, 0.5F}));
+            putNamed(zemo, "\xFF\xFE.f32", {1, 2, 3, 4});
             zemo.delegate.OpenMenu->trigger();
             QFileDialog* const panel = openPanel(zemo);
             panel->setDirectory(folder_.path());
@@ -204,7 +204,6 @@ private slots:
             QCOMPARE(zemo.delegate.window->findChild<QLabel*>("soundName")->text(),
                      QString("caf\uFFFD 100%.f32"));
             QVERIFY(zemo.platform.trace.out.find("File " + path + ":") != std::string::npos);
-            loadSound({0.1F});
             QTRY_VERIFY(openPanel(zemo) == nullptr);
         }
     }

@@ -353,7 +353,9 @@ bool StepRunner::operator()(const PlayStep& /*step*/) {
     if (!hasSound()) {
         return false;
     }
-    platform::LinuxOutputUnit device(R);
+    platform::DeviceLimits limits;
+    limits.latency = limits.safeLatency; // no key stops this play, and there is no second one
+    platform::LinuxOutputUnit device(R, limits);
     device.setRenderCallback(FloatBufferRenderProc, &bufferPlayer);
     device.setSoundName(std::string(soundFile_.substr(soundFile_.rfind('/') + 1)));
     RenderMessageQueue queue;

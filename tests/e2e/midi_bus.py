@@ -14,14 +14,16 @@ SENDER = Path(__file__).with_name("midi_sender.py")
 
 
 class Sender:
-    """A MIDI source on the JACK server of an environment."""
+    """A MIDI source on the JACK server of an environment. `ear`: the file, if there is to be one, into
+    which it writes what it hears."""
 
-    def __init__(self, environment):
+    def __init__(self, environment, ear=None):
+        self._words = ["keyboard"] + ([] if ear is None else [str(ear)])
         self._environment = os.environ | environment
         self._process = wait_for(self._start, "the source is on the bus")
 
     def _start(self):
-        process = subprocess.Popen([sys.executable, "-B", str(SENDER), "keyboard"],
+        process = subprocess.Popen([sys.executable, "-B", str(SENDER), *self._words],
                                    env=self._environment, text=True, stdin=subprocess.PIPE,
                                    stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         if process.stdout.readline() == "ready\n":
@@ -43,9 +45,9 @@ class Sender:
     def send(self, *messages):
         assert self._ask("send", messages) == "sent"
 
-    def latency(self, message):
-        """Seconds from the note's arrival to the first sound."""
-        return int(self._ask("latency", [message])) / RATE
+    def send_timed(self, message):
+        """The monotonic time in seconds at which the bus took it."""
+        return int(self._ask("time", [message])) / 1e9
 
     def close(self):
         """Also after the server was killed, when it may not end by itself."""
@@ -68,7 +70,7 @@ class Bus:
         self.let_clients_go = self._server.let_clients_go
         self._sender = Sender(self.environment)
         self.send = self._sender.send
-        self.latency = self._sender.latency
+        self.send_timed = self._sender.send_timed
         self.ports = self._sender.ports
 
     def close(self):

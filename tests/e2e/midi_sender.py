@@ -1,14 +1,19 @@
-"""A MIDI source on a JACK server that also listens: midi_sender.py CLIENT_NAME
+"""A MIDI source on a JACK server that also listens: midi_sender.py CLIENT_NAME [FILE]
 
 Reads commands from standard input, a line each, and answers each with a line:
   send HEX...     sends messages, in hexadecimal, as fast as the bus takes them; answers "sent"
-  latency HEX     sends one message and answers with the frames from it to the first sound
+  time HEX...     the same, but answers with the monotonic time of the last one in nanoseconds
   ports           answers with the names of the ports on the server that take MIDI
+
+Into FILE, which may be a pipe, it writes what it hears and when: of each period the monotonic time
+in nanoseconds and the number of frames, 64 bits each, then the frames as 32-bit floats.
 """
 
 import collections
+import struct
 import sys
 import threading
+import time
 
 import jack
 
@@ -18,32 +23,28 @@ ear = client.inports.register("ear", is_physical=True, is_terminal=True)
 
 waiting = collections.deque()
 all_sent = threading.Event()
-heard = threading.Event()
-state = {"sent_at": None, "frames": None, "listening": False}
+state = {"sent_at": None}
+heard = open(sys.argv[2], "wb", buffering=0) if len(sys.argv) > 2 else None
 
 MOST_PER_PERIOD = 200
 
 
 @client.set_process_callback
 def process(frames):
+    now = time.monotonic_ns()
     source.clear_buffer()
-    now = client.last_frame_time
     for _ in range(min(len(waiting), MOST_PER_PERIOD)):
         source.write_midi_event(0, waiting.popleft())
         state["sent_at"] = now
     if not waiting:
         all_sent.set()
-    if state["listening"] and state["sent_at"] is not None:
-        loud = ear.get_array().nonzero()[0]
-        if len(loud) > 0:
-            state["frames"] = now + int(loud[0]) - state["sent_at"]
-            state["listening"] = False
-            heard.set()
+    if heard is not None:
+        heard.write(struct.pack("=qq", now, frames) + bytes(ear.get_buffer()))
 
 
 def send(messages):
-    all_sent.clear()
     waiting.extend(messages)
+    all_sent.clear()  # not before: then a period with nothing to send would have said so
     all_sent.wait()
 
 
@@ -63,11 +64,8 @@ def main():
             elif command == "ports":
                 answer(" ".join(port.name for port in client.get_ports(is_midi=True, is_input=True)))
             else:
-                state["sent_at"] = None
-                heard.clear()
-                state["listening"] = True
                 send(messages)
-                answer(state["frames"] if heard.wait(10) else "silence")
+                answer(state["sent_at"])
 
 
 main()

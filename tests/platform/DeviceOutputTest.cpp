@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <functional>
+#include <mutex>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -37,9 +38,18 @@ struct Servers {
     std::atomic<int> questions{0};
     std::atomic<bool> heard{true};
     std::atomic<int> alive{0};
-    std::atomic<std::uint32_t> askedRate{0};
     std::atomic<DeviceRun*> run{nullptr}; ///< of the stream that was started last
-    std::vector<std::string> names;       ///< of the streams, to be read after they were opened
+    std::mutex mutex;
+    std::vector<StreamWish> wishes;     ///< of the streams, in their order
+    void take(const StreamWish& wish) { // from several connections
+        const std::lock_guard lock(mutex);
+        wishes.push_back(wish);
+    }
+    StreamWish lastWish() {
+        const std::lock_guard lock(mutex);
+        return wishes.back();
+    }
+
     std::promise<void> end;
     std::shared_future<void> ended = end.get_future().share();
 };
@@ -54,13 +64,11 @@ public:
         hang(servers_.hangsInConnect);
         return servers_.rate;
     }
-    bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate,
-                    const std::string& name) override {
-        servers_.names.push_back(name);
+    bool openStream(std::shared_ptr<DeviceRun> run, const StreamWish& wish) override {
+        servers_.take(wish);
         ++servers_.opened;
         hang(servers_.hangsInOpen);
         run_ = std::move(run);
-        servers_.askedRate = rate;
         return servers_.opens;
     }
     bool startStream() override {
@@ -131,8 +139,30 @@ protected:
     /// The device asks for as many frames as one call has; how many it gets.
     std::uint32_t request() {
         std::array<float, kFramesPerRenderCall> frames{};
-        return servers_.run.load()->feed.fill(frames.data(), frames.size());
+        return servers_.run.load()->fill(frames.data(), frames.size());
     }
+
+    /// The device's server holds three calls of 512 frames at 48 kHz, and asks for one as the
+    /// device has taken it: every 10.7 ms, but one request comes so much later.
+    void requestsWithADelay(std::chrono::milliseconds delay) {
+        constexpr auto kPeriod = 10666us;
+        std::array<float, std::size_t{3} * kFramesPerRenderCall> frames{};
+        servers_.run.load()->fill(frames.data(), frames.size());
+        for (int i = 0; i < 10; ++i) {
+            request();
+            clock_.time += kPeriod + (i == 5 ? delay : 0ms);
+        }
+        request();
+    }
+
+    void playWithADelay(std::chrono::milliseconds delay) {
+        ASSERT_TRUE(begin());
+        requestsWithADelay(delay);
+        unit_->stop();
+    }
+
+    /// What was asked of the server for the last stream, in milliseconds.
+    long long askedLatency() { return servers_.lastWish().latency.count(); }
 
     /// Time passes, and the unit is attended to every 8 ms.
     void pass(std::chrono::milliseconds time) {
@@ -177,6 +207,7 @@ protected:
 using Launch = DeviceCase;
 using Play = DeviceCase;
 using Loss = DeviceCase;
+using Latency = DeviceCase;
 
 TEST_F(Launch, TakesTheRateOfTheDevice) {
     servers_.rate = 44100;
@@ -209,7 +240,7 @@ TEST_F(Launch, WithoutADeviceIsMadeGoodByALaterPlayAtTheProgramsRate) {
     launch();
     servers_.rate = 44100;
     ASSERT_TRUE(begin());
-    EXPECT_EQ(servers_.askedRate, 48000U);
+    EXPECT_EQ(servers_.lastWish().rate, 48000U);
     request();
     unit_->attend();
     EXPECT_EQ(calls_, 1);
@@ -289,10 +320,75 @@ TEST_F(Play, LeavesAServerBehindThatHangsWhenItsConnectionIsGivenUp) {
 
 TEST_F(Play, IsCalledAfterItsSound) {
     play();
+    EXPECT_EQ(servers_.lastWish().name, "");
     unit_->stop();
     unit_->setSoundName("bell.caf");
     ASSERT_TRUE(begin());
-    EXPECT_EQ(servers_.names, (std::vector<std::string>{"", "bell.caf"}));
+    EXPECT_EQ(servers_.lastWish().name, "bell.caf");
+}
+
+TEST_F(Latency, StaysShortWhileTheServerHasFramesLeft) {
+    launch();
+    for (int i = 0; i < 5; ++i) {
+        playWithADelay(20ms);
+        EXPECT_EQ(askedLatency(), 50);
+    }
+}
+
+TEST_F(Latency, IsDoubleForTheRestOfTheSessionAfterAServerThatHadNone) {
+    launch();
+    playWithADelay(23ms);
+    EXPECT_EQ(askedLatency(), 50) << "a stream under way stays as it is";
+    EXPECT_EQ(servers_.opened, 1);
+    for (int i = 0; i < 3; ++i) {
+        playWithADelay(0ms);
+        EXPECT_EQ(askedLatency(), 100);
+    }
+    unit_->disconnect();
+    playWithADelay(23ms);
+    EXPECT_EQ(askedLatency(), 100) << "whichever connection it is";
+    playWithADelay(0ms);
+    EXPECT_EQ(askedLatency(), 100) << "and no more";
+}
+
+TEST_F(Latency, OfAPlayThatIsBegunAnewInTheTailStaysAsItWas) {
+    launch();
+    ASSERT_TRUE(begin());
+    requestsWithADelay(1s);
+    servers_.run.load()->feed.askStop();
+    ASSERT_EQ(unit_->start(), kNoError);
+    EXPECT_EQ(servers_.opened, 1);
+    EXPECT_TRUE(unit_->isRunning());
+    unit_->stop();
+    ASSERT_TRUE(begin());
+    EXPECT_EQ(askedLatency(), 100);
+}
+
+TEST_F(Latency, IsDoubleAlsoWhereTheDeviceWentAway) {
+    launch();
+    ASSERT_TRUE(begin());
+    requestsWithADelay(100ms);
+    servers_.run.load()->failed = true;
+    unit_->attend();
+    expectLost();
+    ASSERT_TRUE(begin());
+    EXPECT_EQ(askedLatency(), 100);
+}
+
+TEST_F(Latency, IsNotJudgedByAStreamThatWasLeftBehind) {
+    launch();
+    playWithADelay(0ms);
+    requestsWithADelay(1s);
+    EXPECT_TRUE(servers_.run.load()->lead.wasLost());
+    ASSERT_TRUE(begin());
+    EXPECT_EQ(askedLatency(), 50);
+}
+
+TEST_F(Latency, IsWhatTheLimitsSay) {
+    limits_.latency = limits_.safeLatency;
+    launch();
+    playWithADelay(0ms);
+    EXPECT_EQ(askedLatency(), 100);
 }
 
 TEST_F(Play, ConnectsAnewWhereTheConnectionTakesNoStream) {

@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <random>
@@ -17,6 +18,8 @@
 #include <vector>
 
 #include "CallCounters.h"
+#include "platform_linux/Device.h"
+#include "platform_linux/LinuxServices.h"
 #include "playback/OutputUnit.h"
 #include "playback/RenderCallback.h"
 #include "playback/RenderMessageQueue.h"
@@ -335,6 +338,34 @@ TEST_F(EveryCall, OfTenMillionNoneAllocatesLocksOrEntersTheKernel) {
     EXPECT_GT(met_.nobody, kOften);
     EXPECT_GT(met_.longCalls, kOften);
     EXPECT_GT(met_.callsOfFeed, kCalls / 10);
+}
+
+/// Whether the kernel offers this machine's clock without being entered: Linux says which it is.
+bool isClockOutsideTheKernel() {
+    std::ifstream file("/sys/devices/system/clocksource/clocksource0/current_clocksource");
+    std::string name;
+    file >> name;
+    return name == "tsc" || name == "kvm-clock" || name == "hyperv_clocksource_tsc_page" ||
+           name == "arch_sys_counter";
+}
+
+TEST_F(RealTimeSafety, ADevicesLookAtTheClockEntersNoKernel) {
+    if (!isClockOutsideTheKernel()) {
+        GTEST_SKIP() << "this machine has no such clock";
+    }
+    platform::SteadyClock clock;
+    platform::DeviceRun run(clock,
+                            {.rate = 48000, .latency = std::chrono::milliseconds(50), .name = {}});
+    run.feed.setCallback(FloatBufferRenderProc, &bufferPlayer);
+    loadSound(std::vector<float>(1000, 0.5F));
+    for (std::uint32_t i = 0; i < 1'000'000; ++i) {
+        if (run.feed.phase() != platform::RenderFeed::Phase::Rendering) {
+            run.feed.begin();
+        }
+        const Counting counting;
+        run.fill(frames_.data(), 1 + i % 600);
+    }
+    EXPECT_EQ(counts(), kNothing);
 }
 
 TEST_F(RealTimeSafety, TheSilenceAfterAStopAllocatesNothing) {

@@ -11,8 +11,6 @@
 namespace zemo::platform {
 namespace {
 
-/// With half of this, one play in seven had a gap on a machine with two busy threads a core.
-constexpr double kLatencySeconds = 0.1;
 constexpr std::uint32_t kLowestRate = 1000;
 constexpr std::uint32_t kHighestRate = 1000000;
 
@@ -49,7 +47,7 @@ cubeb_stream_params monoFloat(std::uint32_t rate) {
 /// What the library calls back on its own threads. `user` is the stream's run.
 long fill(cubeb_stream* /*stream*/, void* user, const void* /*input*/, void* output,
           long frames) noexcept ZEMO_NONBLOCKING {
-    return static_cast<long>(static_cast<DeviceRun*>(user)->feed.fill(
+    return static_cast<long>(static_cast<DeviceRun*>(user)->fill(
         static_cast<float*>(output), static_cast<std::uint32_t>(frames)));
 }
 
@@ -79,18 +77,13 @@ public:
         return known ? rate : 0; // a server without a device says -1
     }
 
-    bool openStream(std::shared_ptr<DeviceRun> run, std::uint32_t rate,
-                    const std::string& name) override {
+    bool openStream(std::shared_ptr<DeviceRun> run, const StreamWish& wish) override {
         closeStream();
         const bool isOnJack = std::strcmp(cubeb_get_backend_id(context_.get()), "jack") == 0;
-        cubeb_stream_params params = monoFloat(rate);
-        std::uint32_t latency = 0;
-        if (cubeb_get_min_latency(context_.get(), &params, &latency) != CUBEB_OK) {
-            latency = 0;
-        }
-        latency = std::max(latency, static_cast<std::uint32_t>(kLatencySeconds * rate));
+        cubeb_stream_params params = monoFloat(wish.rate);
+        const std::uint32_t latency = latencyFrames(params, wish.latency);
         cubeb_stream* stream = nullptr;
-        if (cubeb_stream_init(context_.get(), &stream, isOnJack ? kProgram : streamName(name),
+        if (cubeb_stream_init(context_.get(), &stream, isOnJack ? kProgram : streamName(wish.name),
                               nullptr, nullptr, nullptr, &params, latency, fill, stateChanged,
                               run.get()) != CUBEB_OK) {
             return false;
@@ -124,6 +117,16 @@ public:
     }
 
 private:
+    /// At least the server's least.
+    std::uint32_t latencyFrames(cubeb_stream_params params, std::chrono::milliseconds wanted) {
+        std::uint32_t least = 0;
+        if (cubeb_get_min_latency(context_.get(), &params, &least) != CUBEB_OK) {
+            least = 0;
+        }
+        const std::chrono::duration<double> seconds = wanted;
+        return std::max(least, static_cast<std::uint32_t>(seconds.count() * params.rate));
+    }
+
     // In this order: the stream goes first, and what it calls back into last.
     std::shared_ptr<DeviceRun> run_;
     std::unique_ptr<cubeb, ContextDeleter> context_;

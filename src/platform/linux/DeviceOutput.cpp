@@ -33,18 +33,27 @@ std::uint32_t connectAnew(std::unique_ptr<Device>& device, const DeviceFactory& 
 
 /// Over the connection that is there; where that fails, over a new one.
 bool openStream(std::unique_ptr<Device>& device, const DeviceFactory& factory,
-                const std::shared_ptr<DeviceRun>& run, std::uint32_t rate,
-                const std::string& name) {
-    if (device != nullptr && device->openStream(run, rate, name)) {
+                const std::shared_ptr<DeviceRun>& run, const StreamWish& wish) {
+    if (device != nullptr && device->openStream(run, wish)) {
         return true;
     }
-    return connectAnew(device, factory) != 0 && device->openStream(run, rate, name);
+    return connectAnew(device, factory) != 0 && device->openStream(run, wish);
 }
 
 } // namespace
 
+// The system's clock is read from a page that the kernel keeps for it.
+ZEMO_TRUSTED_NONBLOCKING
+
+std::uint32_t DeviceRun::fill(float* output, std::uint32_t frames) noexcept ZEMO_NONBLOCKING {
+    lead.request(clock_.now(), frames);
+    return feed.fill(output, frames);
+}
+
+ZEMO_TRUSTED_END
+
 DeviceOutput::DeviceOutput(DeviceFactory factory, Clock& clock, DeviceLimits limits)
-    : factory_(std::move(factory)), clock_(clock), limits_(limits) {}
+    : factory_(std::move(factory)), clock_(clock), limits_(limits), latency_(limits.latency) {}
 
 DeviceOutput::~DeviceOutput() {
     closeRun();
@@ -98,12 +107,13 @@ Status DeviceOutput::start() {
     if (server_ == nullptr && !CallThread::mayBeMade()) {
         return kDeviceError; // until a call returns that hangs
     }
-    run_ = std::make_shared<DeviceRun>();
+    const StreamWish wish{rate_, latency_, soundName_};
+    run_ = std::make_shared<DeviceRun>(clock_, wish);
     run_->feed.setCallback(callback_, context_);
     run_->feed.setTail(static_cast<std::uint32_t>(kTailSeconds * rate_));
     run_->feed.begin();
     attendedAt_ = askedAt_ = clock_.now();
-    answer_ = askForStream();
+    answer_ = askForStream(wish);
     if (answer_.wait_for(limits_.grace) == std::future_status::ready && !isReady()) {
         closeRun();
         leaveServer();
@@ -112,13 +122,12 @@ Status DeviceOutput::start() {
     return kNoError;
 }
 
-std::future<bool> DeviceOutput::askForStream() {
+std::future<bool> DeviceOutput::askForStream(const StreamWish& wish) {
     if (server_ == nullptr) {
         server_ = std::make_unique<Server>();
     }
-    return server_->thread.ask<bool>(
-        [device = server_->device, factory = factory_, run = run_, rate = rate_,
-         name = soundName_] { return openStream(*device, factory, run, rate, name); });
+    return server_->thread.ask<bool>([device = server_->device, factory = factory_, run = run_,
+                                      wish] { return openStream(*device, factory, run, wish); });
 }
 
 /// Takes the answer, if it is there and was not taken before.
@@ -212,6 +221,9 @@ void DeviceOutput::closeRun() {
         return;
     }
     run_->feed.halt();
+    if (run_->lead.wasLost()) {
+        latency_ = std::max(latency_, limits_.safeLatency);
+    }
     run_.reset();
     if (server_ != nullptr) {
         server_->thread.post([device = server_->device] {

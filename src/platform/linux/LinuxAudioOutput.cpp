@@ -15,8 +15,8 @@ Clock& steadyClock() {
 
 } // namespace
 
-LinuxOutputUnit::LinuxOutputUnit(double wantedRate)
-    : LinuxOutputUnit(wantedRate, makeCubebDevice, steadyClock(), {}) {}
+LinuxOutputUnit::LinuxOutputUnit(double wantedRate, DeviceLimits limits)
+    : LinuxOutputUnit(wantedRate, makeCubebDevice, steadyClock(), limits) {}
 
 LinuxOutputUnit::LinuxOutputUnit(double wantedRate, DeviceFactory factory, Clock& clock,
                                  DeviceLimits limits)

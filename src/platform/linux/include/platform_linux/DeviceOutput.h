@@ -28,6 +28,9 @@ struct DeviceLimits {
     std::chrono::milliseconds grace{30};
     /// What disconnect() waits.
     std::chrono::milliseconds farewell{200};
+    /// What is asked of the server, and what after a play for which the device had to wait.
+    std::chrono::milliseconds latency{50};
+    std::chrono::milliseconds safeLatency{100};
 };
 
 /// A device as an output. All that may hang happens on a thread of its own: no call to this object
@@ -74,7 +77,7 @@ private:
         CallThread thread;
     };
 
-    std::future<bool> askForStream();
+    std::future<bool> askForStream(const StreamWish& wish);
     bool isReady();
     bool attendBeginning();
     bool attendRun();
@@ -90,6 +93,7 @@ private:
     void* context_ = nullptr;
     std::uint32_t rate_ = 0;
     std::string soundName_;
+    std::chrono::milliseconds latency_; ///< of the next stream
     std::unique_ptr<Server> server_;
     std::shared_ptr<DeviceRun> run_;
     std::future<bool> answer_; ///< to the last question; invalid when there is none to wait for

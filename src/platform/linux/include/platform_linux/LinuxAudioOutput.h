@@ -15,7 +15,7 @@ namespace zemo::platform {
 class LinuxOutputUnit final : public AudioOutputUnit {
 public:
     /// The device is asked to play at `wantedRate` hertz; 0: at its own rate.
-    explicit LinuxOutputUnit(double wantedRate = 0.0);
+    explicit LinuxOutputUnit(double wantedRate = 0.0, DeviceLimits limits = {});
     LinuxOutputUnit(double wantedRate, DeviceFactory factory, Clock& clock, DeviceLimits limits);
 
     Status setRenderCallback(RenderCallback callback, void* context) override;

@@ -70,6 +70,9 @@ private:
 /// The child borrows the memory (as in posix_spawn), since copying a large sound's page tables
 /// takes long. Returns an error number.
 int replaceInChild(Replacement& replacement) {
+#if defined(__SANITIZE_THREAD__) // it takes such a child for a copy of the process
+    return replaceTarget(replacement);
+#endif
     constexpr std::size_t kStack = std::size_t{32} << 10U;
     alignas(16) std::array<std::byte, kStack> stack; // NOLINT: the child's own
     const SignalsBlocked blocked;

@@ -472,10 +472,6 @@ Das Programm wird beendet</translation>
         <translation>Pol des Gleichanteilfilters</translation>
     </message>
     <message>
-        <source>0.6 to 0.998</source>
-        <translation>0,6 bis 0,998</translation>
-    </message>
-    <message>
         <source>&amp;Attack</source>
         <translation>A&amp;ttack</translation>
     </message>
@@ -518,10 +514,6 @@ Das Programm wird beendet</translation>
     <message>
         <source>Compression slope</source>
         <translation>Steilheit der Kompression</translation>
-    </message>
-    <message>
-        <source>0.2 to 1</source>
-        <translation>0,2 bis 1</translation>
     </message>
     <message>
         <source>Keep the sound’s peak &amp;level</source>
@@ -1029,6 +1021,10 @@ Hält einen Klang, spielt ihn ab und formt ihn um.</translation>
     <message>
         <source>MIDI cannot be used</source>
         <translation>MIDI kann nicht benutzt werden</translation>
+    </message>
+    <message>
+        <source>%1 to %2</source>
+        <translation>%1 bis %2</translation>
     </message>
 </context>
 <context>

@@ -472,10 +472,6 @@ L’application va quitter</translation>
         <translation>Pôle du filtre de composante continue</translation>
     </message>
     <message>
-        <source>0.6 to 0.998</source>
-        <translation>de 0,6 à 0,998</translation>
-    </message>
-    <message>
         <source>&amp;Attack</source>
         <translation>A&amp;ttaque</translation>
     </message>
@@ -518,10 +514,6 @@ L’application va quitter</translation>
     <message>
         <source>Compression slope</source>
         <translation>Pente de la compression</translation>
-    </message>
-    <message>
-        <source>0.2 to 1</source>
-        <translation>de 0,2 à 1</translation>
     </message>
     <message>
         <source>Keep the sound’s peak &amp;level</source>
@@ -1029,6 +1021,10 @@ Contient un son, le joue et le transforme.</translation>
     <message>
         <source>MIDI cannot be used</source>
         <translation>Le MIDI ne peut pas être utilisé</translation>
+    </message>
+    <message>
+        <source>%1 to %2</source>
+        <translation>de %1 à %2</translation>
     </message>
 </context>
 <context>

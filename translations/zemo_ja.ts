@@ -472,10 +472,6 @@ Application will quit</source>
         <translation>直流除去フィルターの極</translation>
     </message>
     <message>
-        <source>0.6 to 0.998</source>
-        <translation>0.6～0.998</translation>
-    </message>
-    <message>
         <source>&amp;Attack</source>
         <translation>アタック(&amp;A)</translation>
     </message>
@@ -518,10 +514,6 @@ Application will quit</source>
     <message>
         <source>Compression slope</source>
         <translation>コンプレッションの傾き</translation>
-    </message>
-    <message>
-        <source>0.2 to 1</source>
-        <translation>0.2～1</translation>
     </message>
     <message>
         <source>Keep the sound’s peak &amp;level</source>
@@ -1029,6 +1021,10 @@ Holds one sound, plays it and rewrites it.</source>
     <message>
         <source>MIDI cannot be used</source>
         <translation>MIDI を使用できません</translation>
+    </message>
+    <message>
+        <source>%1 to %2</source>
+        <translation>%1～%2</translation>
     </message>
 </context>
 <context>

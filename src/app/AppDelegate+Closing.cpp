@@ -2,20 +2,11 @@
 #include <QFile>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 #include <utility>
 
 #include "app/AppDelegate.h"
 
 namespace zemo {
-namespace {
-
-using namespace std::chrono_literals;
-
-constexpr auto kBetweenAttempts = 40ms; ///< to close a window in which there is work
-
-} // namespace
-
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
     if (watched == window && event->type() == QEvent::Close && !mayClose()) {
         event->ignore();
@@ -46,13 +37,12 @@ bool AppDelegate::mayClose() {
 /// Work that is under way is cancelled by then, and ends. What is not on the disk yet may come
 /// there; a person who does not wait for that is asked.
 void AppDelegate::closeOnceKept() {
-    if (work_.isBusy()) {
-        QTimer::singleShot(kBetweenAttempts, this, [this] { closeOnceKept(); });
-        return;
+    {
+        const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+        keeper_->retry();
+        work_.setDescription(tr("Writing rescue copies…"));
+        platform::runLongWork([this] { keeper_->awaitCopies(); });
     }
-    keeper_->retry();
-    work_.setDescription(tr("Writing rescue copies…"));
-    platform::runLongWork([this] { keeper_->awaitCopies(); });
     if (const auto unkept = unsaved_.unkept()) {
         askBeforeClosing(*unkept);
     } else {

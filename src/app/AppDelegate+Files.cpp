@@ -38,9 +38,11 @@ QString printable(const std::string& text) {
 } // namespace
 
 /// A panel's end may be the end of the panel, and it is still at its own code when it tells of it.
-/// Long work, in which events go on, must not begin before it is through.
+/// Long work, in which events go on, must not begin before it is through, nor while other work is
+/// under way.
 void AppDelegate::onceClosed(std::function<void()> action) {
-    QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
+    const auto then = [this, action = std::move(action)] { work_.onceIdle(action); };
+    QMetaObject::invokeMethod(this, then, Qt::QueuedConnection);
 }
 
 void AppDelegate::OpenDialog(QObject* /*sender*/) {
@@ -66,10 +68,14 @@ void AppDelegate::OpenDialog(QObject* /*sender*/) {
     panel->open();
 }
 
-void AppDelegate::openChosenFile(const QString& path, Level level) {
-    if (work_.isBusy() || !awaitRescueCopies()) {
-        return;
+void AppDelegate::openChosenFile(const QString& path) {
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+    if (turn != nullptr && awaitRescueCopies()) {
+        readFile(path, Level::Scaled);
     }
+}
+
+void AppDelegate::readFile(const QString& path, Level level) {
     work_.setDescription(tr("Opening %1…").arg(shownFileName(path)));
     const FileUrl url(absoluteBytesOf(path));
     SoundChange change(*this, SoundChange::Source::File, path);
@@ -101,7 +107,8 @@ void AppDelegate::classicOpenDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::openChosenRawFile(const QString& path) {
-    if (work_.isBusy() || !awaitRescueCopies()) {
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+    if (turn == nullptr || !awaitRescueCopies()) {
         return;
     }
     work_.setDescription(tr("Opening %1…").arg(shownFileName(path)));
@@ -152,7 +159,8 @@ void AppDelegate::openSavePanel(const HeldSound& sound, const std::string& name,
 }
 
 bool AppDelegate::saveHeld(const QString& path, const HeldSound& sound) {
-    if (work_.isBusy()) {
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+    if (turn == nullptr) {
         return false;
     }
     const QString name = QFileInfo(path).fileName();
@@ -195,6 +203,7 @@ void AppDelegate::describeTransformation(const Refusal& refusal) {
     } else {
         showResult(tr("Done"));
     }
+    isResultOfTransformation_ = true;
 }
 
 } // namespace zemo

@@ -44,9 +44,13 @@ void AppDelegate::ImportDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::importFile(const QString& path) {
-    if (work_.isBusy() || !awaitRescueCopies()) {
-        return;
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+    if (turn != nullptr && awaitRescueCopies()) {
+        readForeignFile(path);
     }
+}
+
+void AppDelegate::readForeignFile(const QString& path) {
     const QString name = shownFileName(path);
     work_.setDescription(tr("Importing %1…").arg(name));
     const SoundChange change(*this, SoundChange::Source::File, path);
@@ -82,7 +86,8 @@ void AppDelegate::ExportDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::exportFile(const QString& path) {
-    if (work_.isBusy()) {
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+    if (turn == nullptr) {
         return;
     }
     const QString name = QFileInfo(path).fileName();
@@ -110,18 +115,26 @@ void AppDelegate::exportFile(const QString& path) {
 /// What a file is decides how it comes in: by its extension one of those that Open reads, by its
 /// content one that Import knows, else raw data, if the user wants that.
 void AppDelegate::openAnyFile(const QString& path) {
-    if (work_.isBusy()) {
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+    if (turn == nullptr) {
         return;
     }
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(bytesOfPath(path), ignored)) {
-        showResult(tr("%1 is not a file").arg(shownFileName(path)));
-    } else if (isOpenedByExtension(path)) {
-        openFileNamed(path);
-    } else if (isImportable(path)) {
-        importFile(path);
+        return showResult(tr("%1 is not a file").arg(shownFileName(path)));
+    }
+    const bool isOpened = isOpenedByExtension(path);
+    if (!isOpened && !isImportable(path)) {
+        return offerRawData(path);
+    }
+    if (!awaitRescueCopies()) {
+        return;
+    }
+    if (isOpened) {
+        swapRaw = norm = false;
+        readFile(path, Level::Scaled);
     } else {
-        offerRawData(path);
+        readForeignFile(path);
     }
 }
 

@@ -52,14 +52,21 @@ void AppDelegate::connectActions() {
     const auto onMenu = [this](const char* name, auto action) {
         connect(window->findChild<QAction*>(name), &QAction::triggered, this, action);
     };
+    const auto onMenuIfIdle = [this, &onMenu](const char* name, auto action) {
+        onMenu(name, [this, action] {
+            if (!work_.isBusy()) {
+                action();
+            }
+        });
+    };
     connect(playButton, &QPushButton::clicked, this, [this] { playButtonPressed(playButton); });
     connect(modeButton, &QPushButton::clicked, this, [this] { modeButtonPressed(modeButton); });
     connect(testButton, &QPushButton::clicked, this, [this] { testButtonPressed(testButton); });
-    onMenu("OpenMenu", [this] { OpenDialog(OpenMenu); });
-    onMenu("OpenRawMenu", [this] { classicOpenDialog(sender()); });
-    onMenu("ImportMenu", [this] { ImportDialog(sender()); });
-    onMenu("ExportMenu", [this] { ExportDialog(sender()); });
-    onMenu("SaveAsAudioMenu", [this] { SaveAsAudioDialog(SaveAsAudioMenu); });
+    onMenuIfIdle("OpenMenu", [this] { OpenDialog(OpenMenu); });
+    onMenuIfIdle("OpenRawMenu", [this] { classicOpenDialog(sender()); });
+    onMenuIfIdle("ImportMenu", [this] { ImportDialog(sender()); });
+    onMenuIfIdle("ExportMenu", [this] { ExportDialog(sender()); });
+    onMenuIfIdle("SaveAsAudioMenu", [this] { SaveAsAudioDialog(SaveAsAudioMenu); });
     onMenu("RevertMenu", [this] { revertAction(RevertMenu); });
     onMenu("ResampleMenu", [this] { ResampleDialog(ResampleMenu); });
     onMenu("AMMenu", [this] { AMDialog(AMMenu); });
@@ -72,7 +79,7 @@ void AppDelegate::connectActions() {
     onMenu("ClearMeterMenu", [this] { clearMeterAction(sender()); });
     onMenu("LookForMidiMenu", [this] { lookForMidiAction(sender()); });
     onMenu("ManualMenu", [this] { showManual(); });
-    onMenu("AboutMenu", [this] { aboutDialog(sender()); });
+    onMenuIfIdle("AboutMenu", [this] { aboutDialog(sender()); });
     connect(window, &BackgroundWindow::fileDropped, this, &AppDelegate::openAnyFile);
     QList<QKeySequence> pressedOnce;
     for (const QAction* const action : window->findChildren<QAction*>()) {

@@ -23,11 +23,14 @@ void AppDelegate::takeNote() {
         ++waitingNotes_;
         return;
     }
+    if (ignoresPress()) {
+        return; // and so no title that promises a play
+    }
     isNoteTitleDue_ = true;
     playButtonPressed(nullptr);
 }
 
-/// Not of a note that waits, or has waited.
+/// Not of a note that waits, or has waited, or was ignored.
 void AppDelegate::takeNoteTitle() {
     if (std::exchange(isNoteTitleDue_, false)) {
         setPlayTitle();
@@ -54,7 +57,8 @@ void AppDelegate::midiNoticeChanged() {
 /// As long work: a server may take its time to answer. JACK's library takes no client of a new
 /// server while it has one of a server that has died, and the output may have that.
 void AppDelegate::lookForMidiAction(QObject* /*sender*/) {
-    if (work_.isBusy()) {
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+    if (turn == nullptr) {
         return;
     }
     work_.setDescription(tr("Looking for MIDI…"));

@@ -96,7 +96,8 @@ void AppDelegate::offerRescued() {
 }
 
 void AppDelegate::restoreRescued() {
-    if (work_.isBusy() || unsaved_.lost().empty() || !awaitRescueCopies() ||
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+    if (turn == nullptr || unsaved_.lost().empty() || !awaitRescueCopies() ||
         unsaved_.lost().empty()) {
         return;
     }
@@ -134,14 +135,15 @@ void AppDelegate::putBack(const HeldSound& sound) {
 void AppDelegate::readBack(const std::filesystem::path& file) {
     const QString path = pathFromBytes(file.native());
     if (refusalReason(FileUrl(file)).kind == RefusalReason::Kind::Rate) {
-        importFile(path);
+        readForeignFile(path);
     } else {
-        openChosenFile(path, Level::Exact);
+        readFile(path, Level::Exact);
     }
 }
 
 void AppDelegate::discardRescued() {
-    if (!work_.isBusy() && !unsaved_.lost().empty()) {
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayBegin);
+    if (turn != nullptr && !unsaved_.lost().empty()) {
         unsaved_.discard(unsaved_.lost().front().copy);
         offerRescued();
     }

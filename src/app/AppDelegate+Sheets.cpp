@@ -29,6 +29,7 @@ struct SheetKind {
     const char* closedTrace; ///< printed when the sheet ends with closedCode, in the newer way
     int closedCode;          ///< 1 never comes: the buttons end a sheet with 0. So it stays.
     const char* cancelTrace;
+    bool* clearedByCancel; ///< its flag; null: that stays as it is
 };
 
 namespace {
@@ -46,15 +47,40 @@ bool isLegacy() {
     return versionMinor < kWindowSheets;
 }
 
-/// A field's value held to its range; where it was outside, the bound is shown in the field. NaN
-/// takes the lower bound.
-template <typename Number>
-Number clampInField(QLineEdit* field, Number value, Number low, Number high) {
-    const Number used = !(value >= low) ? low : std::min(value, high);
-    if (!(used == value)) {
-        field->setText(QString::number(static_cast<double>(used)));
+struct Range {
+    double low;
+    double high;
+};
+
+constexpr Range kSlopes{0.6, 0.998};
+constexpr Range kAttacks{100, 1000};
+constexpr Range kKnees{0, 1};
+constexpr Range kComps{0.2, 1};
+
+/// A value as it is used. Where the field says anything else, or says it in another notation, it is
+/// shown there.
+template <typename Number> Number used(QLineEdit* field, Number value) {
+    const QString shown = shownNumber(field->text(), value);
+    if (shown != field->text()) {
+        field->setText(shown);
     }
-    return used;
+    return value;
+}
+
+/// A field's value held to its range, and the bound shown where it was outside. NaN takes the lower
+/// bound.
+template <typename Number>
+Number usedWithin(QLineEdit* field, Number value, Number low, Number high) {
+    return used(field, !(value >= low) ? low : std::min(value, high));
+}
+
+template <typename Number> Number usedWithin(QLineEdit* field, Number value, const Range& range) {
+    return usedWithin(field, value, static_cast<Number>(range.low),
+                      static_cast<Number>(range.high));
+}
+
+float usedFloat(QLineEdit* field) {
+    return used(field, floatValue(field->text()));
 }
 
 } // namespace
@@ -70,7 +96,8 @@ static const SheetKind kResampleSheet{"resamplePanel",
                                       "resamplePanel to be posted:\n",
                                       "ResampleDialogClosed\n",
                                       0,
-                                      "Resampling Cancel Button pressed\n"};
+                                      "Resampling Cancel Button pressed\n",
+                                      &doResampling};
 static const SheetKind kAmSheet{"amPanel",
                                 &AppDelegate::amPanel,
                                 &AppDelegate::amOkButton,
@@ -82,7 +109,8 @@ static const SheetKind kAmSheet{"amPanel",
                                 nullptr,
                                 "AMDialogClosed\n",
                                 0,
-                                "AM Cancel Button pressed\n"};
+                                "AM Cancel Button pressed\n",
+                                nullptr};
 static const SheetKind kFmSheet{"fmPanel",
                                 &AppDelegate::fmPanel,
                                 &AppDelegate::fmOkButton,
@@ -94,7 +122,8 @@ static const SheetKind kFmSheet{"fmPanel",
                                 nullptr,
                                 "FMDialogClosed\n",
                                 1,
-                                "FM Cancel Button pressed\n"};
+                                "FM Cancel Button pressed\n",
+                                nullptr};
 static const SheetKind kHdSheet{"hdPanel",
                                 &AppDelegate::hdPanel,
                                 &AppDelegate::hdOkButton,
@@ -106,7 +135,8 @@ static const SheetKind kHdSheet{"hdPanel",
                                 nullptr,
                                 "HDDialogClosed\n",
                                 1,
-                                "HD Cancel Button pressed\n"};
+                                "HD Cancel Button pressed\n",
+                                nullptr};
 
 // The life that all sheets share --------------------------------------------------------------
 
@@ -119,6 +149,7 @@ bool AppDelegate::loadSheet(const SheetKind& kind) {
     if (this->*kind.panel == nullptr || !(this->*kind.fillOutlets)()) {
         return false;
     }
+    localizeFields(this->*kind.panel);
     (this->*kind.panel)->setCancelButton(this->*kind.cancelButton);
     connect(this->*kind.okButton, &QPushButton::clicked, this,
             [this, &kind] { (this->*kind.okPressed)(this->*kind.okButton); });
@@ -127,14 +158,20 @@ bool AppDelegate::loadSheet(const SheetKind& kind) {
     return true;
 }
 
+/// The interface files have their numbers in English.
+void AppDelegate::localizeFields(SheetPanel* panel) {
+    for (QLineEdit* const field : panel->findChildren<QLineEdit*>()) {
+        field->setText(localizedNumber(field->text()));
+    }
+}
+
 void AppDelegate::openSheet(const SheetKind& kind) {
-    if (fBuffersize.load() == 0 || !loadSheet(kind)) {
+    if (work_.isBusy() || fBuffersize.load() == 0 || !loadSheet(kind)) {
         return;
     }
     SheetPanel* const panel = this->*kind.panel;
     if (isLegacy()) {
-        sheets_.beginForApplication(
-            panel, [this, panel, &kind] { (this->*kind.didEnd)(panel, 0, nullptr); });
+        sheets_.beginForApplication(panel, [this, &kind] { sheetHasEnded(kind); });
         return;
     }
     if (kind.postTrace != nullptr) {
@@ -157,7 +194,15 @@ void AppDelegate::closeSheet(const SheetKind& kind) {
     }
 }
 
+/// A sheet that was confirmed cannot be cancelled any more; the work can.
 void AppDelegate::cancelSheet(const SheetKind& kind) {
+    if (work_.isBusy()) {
+        return;
+    }
+    clearTransformationsResult();
+    if (kind.clearedByCancel != nullptr) {
+        *kind.clearedByCancel = false;
+    }
     if (isLegacy()) {
         closeSheet(kind);
         trace().log(kind.cancelTrace);
@@ -167,11 +212,26 @@ void AppDelegate::cancelSheet(const SheetKind& kind) {
     }
 }
 
-void AppDelegate::transform(const Refusal& refusal,
-                            const std::function<Refusal()>& transformation) {
-    if (work_.isBusy()) {
+void AppDelegate::confirmSheet(const std::function<void()>& action) {
+    WorkInWindow::Turn turn = work_.takeTurn(WorkInWindow::Play::MayNotBegin);
+    if (turn == nullptr) {
         return;
     }
+    clearTransformationsResult();
+    action();
+    if (sheets_.isEndAwaited()) {
+        confirmedTurn_ = std::move(turn);
+    }
+}
+
+/// In the older way, some time after OK or Cancel.
+void AppDelegate::sheetHasEnded(const SheetKind& kind) {
+    (this->*kind.didEnd)(this->*kind.panel, 0, nullptr);
+    confirmedTurn_.reset();
+}
+
+void AppDelegate::transform(const Refusal& refusal,
+                            const std::function<Refusal()>& transformation) {
     Refusal reason = refusal;
     if (!reason && !awaitRescueCopies()) {
         return;
@@ -184,6 +244,15 @@ void AppDelegate::transform(const Refusal& refusal,
     }
     messages_.drain(*this);
     describeTransformation(reason);
+}
+
+/// What one sheet said would seem to be said of the next, which is at work or has done nothing.
+void AppDelegate::clearTransformationsResult() {
+    if (isResultOfTransformation_) {
+        isResultOfTransformation_ = false;
+        resultValue_->setText("–"); // as before anything was said
+        showReason({});
+    }
 }
 
 // Resample ------------------------------------------------------------------------------------
@@ -203,17 +272,18 @@ void AppDelegate::resample() {
 }
 
 void AppDelegate::resamplingOkButtonPressed(QObject* /*sender*/) {
-    rvalue = floatValue(resamplingTextField->text());
-    trace().log(format("Resampling Value = @%f", static_cast<double>(rvalue)));
-    doResampling = true;
-    closeSheet(kResampleSheet);
-    if (!isLegacy()) {
-        resample();
-    }
+    confirmSheet([this] {
+        rvalue = usedFloat(resamplingTextField);
+        trace().log(format("Resampling Value = @%f", static_cast<double>(rvalue)));
+        doResampling = true;
+        closeSheet(kResampleSheet);
+        if (!isLegacy()) {
+            resample();
+        }
+    });
 }
 
 void AppDelegate::resamplingCancelButtonPressed(QObject* /*sender*/) {
-    doResampling = false;
     cancelSheet(kResampleSheet);
 }
 
@@ -257,19 +327,21 @@ void AppDelegate::modulateAmplitude(int segment) {
 }
 
 void AppDelegate::amOkButtonPressed(QObject* /*sender*/) {
-    amcfvalue = floatValue(amFreqTextField->text());
-    amindexvalue = floatValue(amIndexTextField->text());
-    doAM = amcfvalue > 0.0F && amindexvalue >= 0.0F;
-    // The sheet is ended here once already, in the older way, and below a second time.
-    amPanel->hide();
-    sheets_.endForApplication(amPanel);
-    if (!isLegacy()) {
-        const int segment = amSegment->selectedSegment();
-        if (doAM) {
-            modulateAmplitude(segment);
+    confirmSheet([this] {
+        amcfvalue = usedFloat(amFreqTextField);
+        amindexvalue = usedFloat(amIndexTextField);
+        doAM = amcfvalue > 0.0F && amindexvalue >= 0.0F;
+        // The sheet is ended here once already, in the older way, and below a second time.
+        amPanel->hide();
+        sheets_.endForApplication(amPanel);
+        if (!isLegacy()) {
+            const int segment = amSegment->selectedSegment();
+            if (doAM) {
+                modulateAmplitude(segment);
+            }
         }
-    }
-    closeSheet(kAmSheet);
+        closeSheet(kAmSheet);
+    });
 }
 
 void AppDelegate::amCancelButtonPressed(QObject* /*sender*/) {
@@ -300,8 +372,8 @@ void AppDelegate::FMDialog(QObject* /*sender*/) {
 }
 
 void AppDelegate::modulatePhase() {
-    const float lpf = clampInField(fmLpfTextField, floatValue(fmLpfTextField->text()),
-                                   dsp::kSlowestEnvelope, dsp::kFastestEnvelope);
+    const float lpf = usedWithin(fmLpfTextField, floatValue(fmLpfTextField->text()),
+                                 dsp::kSlowestEnvelope, dsp::kFastestEnvelope);
     if (doFM) {
         transform(pmRefusal(lpf),
                   [this, lpf] { return pmBuffer(fmcfvalue, fmindexvalue, lpf, &ustruct); });
@@ -309,13 +381,15 @@ void AppDelegate::modulatePhase() {
 }
 
 void AppDelegate::fmOkButtonPressed(QObject* /*sender*/) {
-    fmcfvalue = floatValue(fmFreqTextField->text());
-    fmindexvalue = floatValue(fmIndexTextField->text());
-    doFM = fmcfvalue > 0.0F && fmindexvalue >= 0.0F;
-    if (!isLegacy()) {
-        modulatePhase();
-    }
-    closeSheet(kFmSheet);
+    confirmSheet([this] {
+        fmcfvalue = usedFloat(fmFreqTextField);
+        fmindexvalue = usedFloat(fmIndexTextField);
+        doFM = fmcfvalue > 0.0F && fmindexvalue >= 0.0F;
+        if (!isLegacy()) {
+            modulatePhase();
+        }
+        closeSheet(kFmSheet);
+    });
 }
 
 void AppDelegate::fmCancelButtonPressed(QObject* /*sender*/) {
@@ -339,7 +413,23 @@ bool AppDelegate::fillHdOutlets() {
            fill(hdPanel, hdKneeTextField, "hdKneeTextField") &&
            fill(hdPanel, hdScaleCheckBox, "hdScaleCheckBox") &&
            fill(hdPanel, hdOkButton, "hdOkButton") &&
-           fill(hdPanel, hdCancelButton, "hdCancelButton");
+           fill(hdPanel, hdCancelButton, "hdCancelButton") && showHdRanges();
+}
+
+/// In the locale's notation, like the fields beside them.
+bool AppDelegate::showHdRanges() {
+    QLabel* slopes = nullptr;
+    QLabel* comps = nullptr;
+    if (!fill(hdPanel, slopes, "hdHpfSlopeTextFieldUnit") ||
+        !fill(hdPanel, comps, "hdCompTextFieldUnit")) {
+        return false;
+    }
+    const auto show = [](QLabel* label, const Range& range) {
+        label->setText(tr("%1 to %2").arg(numberText(range.low), numberText(range.high)));
+    };
+    show(slopes, kSlopes);
+    show(comps, kComps);
+    return true;
 }
 
 void AppDelegate::HDDialog(QObject* /*sender*/) {
@@ -356,29 +446,31 @@ HdSettings AppDelegate::readHdFields() {
             hdHpSegment->isSelectedForSegment(segment) ? segment : settings.hpSelect;
     }
     settings.slope =
-        clampInField(hdHpfSlopeTextField, doubleValue(hdHpfSlopeTextField->text()), 0.6, 0.998);
+        usedWithin(hdHpfSlopeTextField, doubleValue(hdHpfSlopeTextField->text()), kSlopes);
     settings.attack =
-        clampInField(hdHpfAttackTextField, integerValue(hdHpfAttackTextField->text()), 100, 1000);
+        usedWithin(hdHpfAttackTextField, integerValue(hdHpfAttackTextField->text()), kAttacks);
     settings.mix = static_cast<float>(hdMixSlider->value()) / 1000.0F;
     settings.scale = hdScaleCheckBox->isChecked();
-    settings.knee = clampInField(hdKneeTextField, floatValue(hdKneeTextField->text()), 0.0F, 1.0F);
-    settings.comp = clampInField(hdCompTextField, floatValue(hdCompTextField->text()), 0.2F, 1.0F);
+    settings.knee = usedWithin(hdKneeTextField, floatValue(hdKneeTextField->text()), kKnees);
+    settings.comp = usedWithin(hdCompTextField, floatValue(hdCompTextField->text()), kComps);
     return settings;
 }
 
 /// The processing is done before the sheet closes, in both ways.
 void AppDelegate::hdOkButtonPressed(QObject* /*sender*/) {
-    const HdSettings s = readHdFields();
-    if (s.two || s.four) {
-        transform(std::nullopt, [this, &s] {
-            return hd(s.two, s.four, s.six, s.attack, s.scale, s.hpSelect, s.slope, s.mix, s.knee,
-                      s.comp, &ustruct);
-        });
-    }
-    if (!isLegacy()) {
-        trace().log(">HD OK Button pressed\n");
-    }
-    closeSheet(kHdSheet);
+    confirmSheet([this] {
+        const HdSettings s = readHdFields();
+        if (s.two || s.four) {
+            transform(std::nullopt, [this, &s] {
+                return hd(s.two, s.four, s.six, s.attack, s.scale, s.hpSelect, s.slope, s.mix,
+                          s.knee, s.comp, &ustruct);
+            });
+        }
+        if (!isLegacy()) {
+            trace().log(">HD OK Button pressed\n");
+        }
+        closeSheet(kHdSheet);
+    });
 }
 
 void AppDelegate::hdCancelButtonPressed(QObject* /*sender*/) {
@@ -390,7 +482,8 @@ void AppDelegate::hdSheetDidEnd(QDialog* /*sheet*/, int /*returnCode*/, void* /*
 // Revert --------------------------------------------------------------------------------------
 
 void AppDelegate::revertAction(QObject* /*sender*/) {
-    if (ustruct.bufsize > 0 && !work_.isBusy()) {
+    const auto turn = work_.takeTurn(WorkInWindow::Play::MayNotBegin);
+    if (turn != nullptr && ustruct.bufsize > 0) {
         const SoundChange change(*this, SoundChange::Source::Revert);
         revert(ustruct);
         messages_.drain(*this);

@@ -129,6 +129,7 @@ void AppDelegate::showName() {
 
 void AppDelegate::showResult(const QString& text) {
     resultValue_->setText(text);
+    isResultOfTransformation_ = false;
     showReason({});
     announceLater();
 }

@@ -127,9 +127,14 @@ void AppDelegate::applicationWillTerminate() {
     }
 }
 
+/// While the end of a play is waited for, and where a play would begin that may not.
+bool AppDelegate::ignoresPress() const {
+    return work_.isPausing() || (bufferPlayer.rampState.load() == Silent && !work_.mayPlayBegin());
+}
+
 void AppDelegate::playButtonPressed(TitledButton* sender) {
-    if (work_.isPausing()) {
-        return; // the end of a play is waited for
+    if (ignoresPress()) {
+        return;
     }
     const std::uint32_t state = stateAtThisPress();
     if (fBuffersize.load() == 0) {
@@ -138,7 +143,9 @@ void AppDelegate::playButtonPressed(TitledButton* sender) {
         return;
     }
     if (state == Silent) {
-        startPlay(sender);
+        if (work_.mayPlayBegin()) { // it may have fallen silent in this moment
+            startPlay(sender);
+        }
     } else {
         askForStop(sender);
     }
@@ -208,7 +215,7 @@ void AppDelegate::clearMeterAction(QObject* /*sender*/) {
 }
 
 void AppDelegate::test(TestLevel kind) {
-    if (stateAtThisPress() != Silent) {
+    if (!work_.mayPlayBegin() || stateAtThisPress() != Silent) {
         return;
     }
     float level = 0.0F;

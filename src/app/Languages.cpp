@@ -2,13 +2,32 @@
 
 #include <QDir>
 #include <QLibraryInfo>
-#include <QLocale>
 
 static void registerLanguagesResource() {
     Q_INIT_RESOURCE(languages);
 }
 
 namespace zemo {
+namespace {
+
+/// Whether somebody has chosen how numbers are written, apart from all else.
+bool isNotationChosen() {
+    for (const char* const variable : {"LC_ALL", "LC_NUMERIC"}) {
+        const QString name = qEnvironmentVariable(variable);
+        if (!name.isEmpty()) {
+            return QLocale(name).language() != QLocale::C;
+        }
+    }
+    return false;
+}
+
+/// The system's locale has its name by one variable and its numbers by another.
+bool writesNumbersAsIn(const QLocale& locale, const QLocale& language) {
+    return locale.language() == language.language() &&
+           locale.decimalPoint() == QLocale(locale.name()).decimalPoint();
+}
+
+} // namespace
 
 QStringList Languages::spoken() {
     registerLanguagesResource();
@@ -34,6 +53,19 @@ QString Languages::choose(const QStringList& wanted) {
     return {};
 }
 
+Languages::~Languages() {
+    if (localeBefore_) {
+        QLocale::setDefault(*localeBefore_);
+    }
+}
+
+void Languages::writeNumbersAsIn(const QLocale& language) {
+    if (!isNotationChosen() && !writesNumbersAsIn(QLocale(), language)) {
+        localeBefore_ = QLocale();
+        QLocale::setDefault(language);
+    }
+}
+
 bool Languages::install(const QString& language) {
     registerLanguagesResource();
     if (language.isEmpty() || !window_.load("zemo_" + language, ":/languages")) {
@@ -43,6 +75,7 @@ bool Languages::install(const QString& language) {
     if (standard_.load("qtbase_" + language, QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
         QCoreApplication::installTranslator(&standard_);
     }
+    writeNumbersAsIn(QLocale(language));
     return QCoreApplication::installTranslator(&window_);
 }
 

@@ -4,34 +4,35 @@
 
 namespace zemo {
 
-void SheetSession::begin(SheetPanel* panel) {
-    panel_ = panel;
-    didEnd_ = nullptr;
-    completion_ = nullptr;
+void SheetSession::begin(SheetPanel* panel, Session session) {
+    sessions_.insert_or_assign(panel, std::move(session));
     panel->openAsSheet();
 }
 
 void SheetSession::beginForApplication(SheetPanel* panel, std::function<void()> didEnd) {
-    begin(panel);
-    didEnd_ = std::move(didEnd);
+    begin(panel, {.didEnd = std::move(didEnd), .completion = nullptr});
 }
 
 void SheetSession::beginForWindow(SheetPanel* panel, std::function<void(int)> completion) {
-    begin(panel);
-    completion_ = std::move(completion);
+    begin(panel, {.didEnd = nullptr, .completion = std::move(completion)});
 }
 
 void SheetSession::endForWindow(SheetPanel* panel, int returnCode) {
-    if (panel != panel_) {
+    auto ended = sessions_.extract(panel);
+    if (ended.empty()) {
         return;
     }
-    panel_ = nullptr;
     panel->hide();
-    if (const auto completion = std::exchange(completion_, nullptr)) {
+    if (const auto& completion = ended.mapped().completion) {
         completion(returnCode);
     }
-    if (const auto didEnd = std::exchange(didEnd_, nullptr)) {
-        QMetaObject::invokeMethod(this, didEnd, Qt::QueuedConnection);
+    if (auto& didEnd = ended.mapped().didEnd) {
+        ++awaitedEnds_;
+        const auto tell = [this, didEnd = std::move(didEnd)] {
+            --awaitedEnds_;
+            didEnd();
+        };
+        QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
     }
 }
 

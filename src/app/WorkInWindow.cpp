@@ -1,14 +1,14 @@
 #include "app/WorkInWindow.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QEventLoop>
-#include <QTimer>
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <exception>
 #include <semaphore>
 #include <thread>
+#include <utility>
 
 #include "platform/OutOfMemory.h"
 
@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kUnnoticed = 5ms;  ///< work that is done so soon needs no events in between
-constexpr auto kPatience = 300ms; ///< before the panel is shown
+constexpr auto kPatience = 300ms; ///< from a turn's beginning to the panel
 constexpr auto kBetweenLooks = 40ms;
 
 /// Gives a variable its value back.
@@ -36,27 +36,84 @@ private:
 
 } // namespace
 
+WorkInWindow::WorkInWindow(QObject* parent) : QObject(parent) {
+    panelCloser_.setSingleShot(true);
+    connect(&panelCloser_, &QTimer::timeout, this, [this] { delete panel_; });
+}
+
 void WorkInWindow::setWindow(QWidget* window) {
     window_ = window;
     window->installEventFilter(this);
 }
 
 bool WorkInWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == window_ && event->type() == QEvent::Close && progress_ != nullptr) {
-        progress_->requestStop();
+    if (watched == window_ && event->type() == QEvent::Close && hasTurn_) {
+        cancelTurn();
     }
     return false;
 }
 
+// Turns -------------------------------------------------------------------------------------------
+
+WorkInWindow::Turn WorkInWindow::takeTurn(Play play) {
+    if (isBusy()) {
+        return {};
+    }
+    hasTurn_ = true;
+    play_ = play;
+    isCancelled_ = hasRun_ = false;
+    turnBegan_.start();
+    return Turn(this);
+}
+
+void WorkInWindow::endTurn() {
+    hasTurn_ = false;
+    panelCloser_.stop();
+    delete panel_;
+    if (!waiting_.empty()) {
+        QMetaObject::invokeMethod(this, &WorkInWindow::doWaiting, Qt::QueuedConnection);
+    }
+}
+
+void WorkInWindow::cancelTurn() {
+    isCancelled_ = true;
+    if (progress_ != nullptr) {
+        progress_->requestStop();
+    }
+}
+
+void WorkInWindow::onceIdle(std::function<void()> action) {
+    waiting_.push_back(std::move(action));
+    doWaiting();
+}
+
+/// Each of them may take a turn, and let events in which call this.
+void WorkInWindow::doWaiting() {
+    while (!isBusy() && !waiting_.empty()) {
+        const std::function<void()> action = std::move(waiting_.front());
+        waiting_.pop_front();
+        action();
+    }
+}
+
+// Work --------------------------------------------------------------------------------------------
+
 bool WorkInWindow::run(const Work& work, platform::Cancel cancel) {
-    const Restored<bool> busyBefore(busy_);
-    busy_ = true;
+    const Turn turn = takeTurn(Play::MayBegin); // unless this is part of one
+    const bool canCancel = cancel == platform::Cancel::Allowed;
+    panelCloser_.stop();
     platform::Progress progress;
     const Restored<platform::Progress*> restored(progress_);
-    progress_ = &progress;
+    progress_ = canCancel ? &progress : nullptr;
+    if (canCancel && isCancelled_) {
+        progress.requestStop();
+    }
+    hasRun_ = true;
     std::binary_semaphore done(0);
     std::atomic<bool> hasEnded{false};
     QEventLoop events;
+    QTimer looks;
+    QTimer firstLook; // at the moment, and not when one of the others happens to come
     const auto workAndTell = [&] {
         const platform::ProgressScope scope(&progress);
         work();
@@ -66,52 +123,71 @@ bool WorkInWindow::run(const Work& work, platform::Cancel cancel) {
             [&] { QMetaObject::invokeMethod(&events, &QEventLoop::quit, Qt::QueuedConnection); },
             [] {}); // the next look sees it
     };
+    const auto look = [&] {
+        if (hasEnded) {
+            events.quit();
+        } else if (isPatienceOver()) {
+            showPanel(cancel);
+            panel_->setFraction(progress.fraction());
+        }
+    };
+    for (QTimer* const timer : {&looks, &firstLook}) {
+        connect(timer, &QTimer::timeout, this, look);
+    }
     std::jthread worker;
     try {
         worker = std::jthread(workAndTell);
     } catch (const std::exception&) { // no thread is to be had, or no memory for one
         workAndTell();
     }
-    if (done.try_acquire_for(kUnnoticed)) {
-        return true;
-    }
-    QTimer looks;
-    QElapsedTimer since;
-    since.start();
-    connect(&looks, &QTimer::timeout, this, [&] {
-        if (hasEnded) {
-            events.quit();
-        } else if (since.hasExpired(std::chrono::milliseconds(kPatience).count())) {
-            showPanel(progress, cancel);
+    if (!done.try_acquire_for(kUnnoticed)) {
+        firstLook.setSingleShot(true);
+        firstLook.setTimerType(Qt::PreciseTimer);
+        firstLook.start(std::max(kPatience - std::chrono::milliseconds(turnBegan_.elapsed()), 0ms));
+        looks.start(kBetweenLooks);
+        events.exec();
+        if (!done.try_acquire()) { // the program quits
+            progress.requestStop();
         }
-    });
-    looks.start(kBetweenLooks);
-    events.exec();
-    if (!done.try_acquire()) { // the program quits
-        progress.requestStop();
+        worker.join();
     }
-    worker.join();
-    delete panel_;
+    closePanelSoon();
     return !progress.isStopRequested();
 }
 
-void WorkInWindow::showPanel(platform::Progress& progress, platform::Cancel cancel) {
-    if (panel_ == nullptr) {
-        QWidget* const sheet = QApplication::activeModalWidget();
-        panel_ = new ProgressPanel(sheet != nullptr ? sheet : window_.data(), description_,
-                                   cancel == platform::Cancel::Allowed);
-        connect(panel_, &ProgressPanel::cancelled, this, [&progress] { progress.requestStop(); });
-        panel_->open();
+bool WorkInWindow::isPatienceOver() const {
+    return hasTurn_ && turnBegan_.hasExpired(std::chrono::milliseconds(kPatience).count());
+}
+
+void WorkInWindow::showPanel(platform::Cancel cancel) {
+    const bool canCancel = cancel == platform::Cancel::Allowed;
+    if (panel_ != nullptr) {
+        panel_->setWork(description_, canCancel);
+        return;
     }
-    panel_->setFraction(progress.fraction());
+    QWidget* const sheet = QApplication::activeModalWidget();
+    panel_ = new ProgressPanel(sheet != nullptr ? sheet : window_.data(), description_, canCancel);
+    connect(panel_, &ProgressPanel::cancelled, this, &WorkInWindow::cancelTurn);
+    panel_->open();
+}
+
+/// The turn's next work goes on with it, unless something comes in between: an alert, say.
+void WorkInWindow::closePanelSoon() {
+    if (panel_ != nullptr) {
+        panelCloser_.start(0);
+    }
 }
 
 void WorkInWindow::pause(std::chrono::microseconds duration) {
-    const Restored<bool> busyBefore(busy_);
     const Restored<bool> pausingBefore(pausing_);
-    busy_ = pausing_ = true;
+    pausing_ = true;
+    panelCloser_.stop();
     QCoreApplication::processEvents();
+    if (isPatienceOver()) { // what was made by then is not thrown away any more
+        showPanel(hasRun_ ? platform::Cancel::NotAllowed : platform::Cancel::Allowed);
+    }
     platform::services().clock->sleepFor(duration);
+    closePanelSoon();
 }
 
 } // namespace zemo

@@ -124,13 +124,17 @@ public:
 
     void run() { error_ = write(); } // [worker]
 
-    std::optional<Error> finish() {
+    /// Puts it there. What a disk may take its time for, too.
+    void finish() { // [worker]
         if (error_ == 0) {
             error_ = file_.close();
         }
         if (error_ == 0) {
             error_ = file_.replaceTarget();
         }
+    }
+
+    std::optional<Error> error() const {
         return error_ == 0
                    ? std::nullopt
                    : std::optional(failure(ErrorCategory::DeviceFailed,
@@ -173,7 +177,9 @@ platform::Result<Exported> writeSound(const FileUrl& url) {
     if (!wanted || platform::isStopRequested()) {
         return cancelled();
     }
-    if (auto error = writing.finish()) {
+    // Not to be cancelled: once the file is new there is no way back.
+    platform::runLongWork([&] { writing.finish(); }, platform::Cancel::NotAllowed);
+    if (auto error = writing.error()) {
         return *error;
     }
     return writing.takeExported();

@@ -15,25 +15,44 @@ constexpr int kWidth = 340;
 } // namespace
 
 ProgressPanel::ProgressPanel(QWidget* parent, const QString& what, bool canCancel)
-    : QDialog(parent), bar_(new QProgressBar(this)) {
+    : QDialog(parent), label_(new QLabel(this)), bar_(new QProgressBar(this)) {
     setObjectName("progressPanel");
     setWindowModality(Qt::WindowModal);
     setWindowTitle(tr("Please wait"));
     setMinimumWidth(kWidth);
-    auto* const label = new QLabel(what, this);
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
+    label_->setTextFormat(Qt::PlainText);
+    label_->setWordWrap(true);
     bar_->setObjectName("progressBar");
     bar_->setRange(0, kSteps);
-    bar_->setAccessibleName(what);
+    bar_->setFocusPolicy(Qt::TabFocus); // what a screen reader tells of
     auto* const column = new QVBoxLayout(this);
-    column->addWidget(label);
+    column->addWidget(label_);
     column->addWidget(bar_);
-    if (canCancel) {
+    setWork(what, canCancel);
+}
+
+void ProgressPanel::setWork(const QString& what, bool canCancel) {
+    if (label_->text() != what) {
+        label_->setText(what);
+        bar_->setAccessibleName(what);
+        bar_->setValue(0);
+    }
+    if (canCancel != (cancelButton_ != nullptr)) {
+        showButton(canCancel);
+    }
+}
+
+void ProgressPanel::showButton(bool isShown) {
+    delete cancelButton_;
+    cancelButton_ = nullptr;
+    if (isShown) {
         cancelButton_ = new QPushButton(tr("Cancel"), this);
         cancelButton_->setObjectName("progressCancelButton");
+        cancelButton_->setAutoDefault(false);
+        cancelButton_->setFocusPolicy(Qt::NoFocus);
         connect(cancelButton_, &QPushButton::clicked, this, &ProgressPanel::reject);
-        column->addWidget(cancelButton_, 0, Qt::AlignRight);
+        layout()->addWidget(cancelButton_);
+        layout()->setAlignment(cancelButton_, Qt::AlignRight);
     }
 }
 

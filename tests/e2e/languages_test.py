@@ -16,6 +16,8 @@ class Language(case.SoundCase):
     alert, refusal = "ZEMO: Error:", "ZEMO CAN'T READ THE FILE:\nother.caf"
     reason = "other.caf is at 44100 Hz, the output at 48000 Hz. Import Audio… converts it."
     panel_title, panel_button = "Open", "Cancel"
+    sheet, slopes, done = "HD…", "0.6 to 0.998", "Done"
+    slope, used = "0.995", "0.6"  # the bound for 0: a comma is no decimal sign here
 
     def names(self, role):
         return [control.name for control in self.window._root.descendants()
@@ -49,6 +51,22 @@ class Language(case.SoundCase):
         panel = self.window.dialog(self.panel_title)
         self.window.find("push button", self.panel_button, panel)
 
+    def test_a_sheet_has_its_decimal_sign(self):
+        path = audio.write_caf(self.path("noise.caf"), self.rate, self.noise(0.1))
+        self.launch(path, environment=self.environment)
+        self.window.wait_for_label("noise.caf")
+        self.window.choose(self.sheet)
+        sheet = self.window.dialog("HD")
+        self.window.find("label", self.slopes, sheet)
+        fields = [control for control in sheet.descendants() if control.role == "text"]
+        next(field for field in fields if field.text() == self.slope).write("0,7")
+        next(c for c in sheet.descendants() if c.name == "OK" and c.role != "label").press()
+        self.window.wait_until_closed("HD")
+        self.window.wait_for_label(self.done)
+        self.window.choose(self.sheet)
+        sheet = self.window.dialog("HD")
+        self.assertIn(self.used, [c.text() for c in sheet.descendants() if c.role == "text"])
+
     def test_what_is_traced_stays_english(self):
         self.launch(environment=self.environment)
         self.wait_for_log("Version Minor = ")
@@ -63,6 +81,8 @@ class German(Language):
     reason = ("other.caf hat 44100\u00a0Hz, die Ausgabe 48000\u00a0Hz. "
               "„Audio importieren\u00a0…“ wandelt die Datei um.")
     panel_title, panel_button = "Öffnen", "Abbrechen"
+    sheet, slopes, done = "HD\u00a0…", "0,6 bis 0,998", "Fertig"
+    slope, used = "0,995", "0,7"
 
 
 class French(Language):
@@ -75,6 +95,8 @@ class French(Language):
     reason = ("other.caf est à 44100\u00a0Hz, la sortie à 48000\u00a0Hz. "
               "«\u00a0Importer de l’audio…\u00a0» le convertit.")
     panel_title, panel_button = "Ouvrir", "Annuler"
+    sheet, slopes, done = "HD…", "de 0,6 à 0,998", "Terminé"
+    slope, used = "0,995", "0,7"
 
 
 class Japanese(Language):
@@ -86,6 +108,7 @@ class Japanese(Language):
     reason = ("other.caf は 44100 Hz、出力は 48000 Hz です。"
               "「オーディオを読み込む…」で変換できます。")
     panel_title, panel_button = "開く", "キャンセル"
+    sheet, slopes, done = "HD(H)…", "0.6～0.998", "完了しました"
 
 
 class WithoutServer(case.WindowCase):

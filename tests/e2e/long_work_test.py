@@ -3,7 +3,7 @@
 import audio
 import case
 from servers import wait_for
-from window import press_keys
+from window import PLAY, press_keys
 
 setUpModule = case.start_desktop
 
@@ -34,12 +34,19 @@ class LongWork(case.SoundCase):
             file.seek(place)
             file.write((4 + 4 * HALF_AN_HOUR).to_bytes(8, "big"))
 
-    def stretch(self, ratio):
+    def open_sheet(self, ratio):
         self.window.choose("Resample…")
         panel = self.window.dialog("Resample")
         field = next(control for control in panel.descendants() if control.role == "text")
         field.write(str(ratio))
-        self.window.find("push button", "OK", panel).press()
+        return panel
+
+    def stretch(self, ratio):
+        self.window.find("push button", "OK", self.open_sheet(ratio)).press()
+
+    def wait_until_stretched(self, ratio):
+        self.window.wait_for_label(f"{ratio * (HALF_AN_HOUR - 1) + 1:,}")
+        self.window.wait_for_label("Done")
 
     def progress(self):
         return self.window.dialog("Please wait")
@@ -49,8 +56,28 @@ class LongWork(case.SoundCase):
         panel = self.progress()
         self.assertIsNotNone(self.window.look_for("label", "Transforming the sound…", panel))
         self.window.wait_until_closed("Please wait")
-        self.window.wait_for_label(f"{4 * (HALF_AN_HOUR - 1) + 1:,}")
-        self.window.wait_for_label("Done")
+        self.wait_until_stretched(4)
+
+    def test_goes_on_whatever_else_than_escape_is_typed(self):
+        self.stretch(4)
+        self.progress()
+        press_keys("Return", "space", "KP_Enter", "Tab", "space", "Return")
+        self.wait_until_stretched(4)
+
+    def test_keys_that_follow_the_one_that_confirms_play_nothing(self):
+        self.open_sheet(4)
+        wait_for(lambda: self.window.focus() == ("text", "Resampling ratio"), "the field is there")
+        press_keys("Return")
+
+        def shows_the_panel_under_keys():
+            press_keys("Return", "space", "Return")
+            return self.window.look_for("dialog", "Please wait")
+        wait_for(shows_the_panel_under_keys, "the panel is shown")
+        self.wait_until_stretched(4)
+        self.window.wait_for_title(PLAY)
+        self.assertEqual(self.listener.plays_so_far(), 0)
+        self.play()
+        self.stop()
 
     def test_is_cancelled_by_its_button_and_by_escape(self):
         for cancel in (lambda panel: self.window.find("push button", "Cancel", panel).press(),

@@ -92,6 +92,20 @@ class Sheets(SheetCase):
         self.press(sheet, "Cancel")
         self.window.wait_until_closed(title)
 
+    def test_a_sheet_that_does_nothing_clears_the_result_of_another(self):
+        title = "Frequency Modulation"
+        self.confirm(self.open_sheet("Resample…", "Resample"), "Resample")
+        sheet = self.open_sheet("FM…", title)
+        self.write(sheet, {"Carrier frequency in hertz": "low"})
+        self.press(sheet, "OK")
+        self.window.wait_until_closed(title)
+        self.assertIsNone(self.window.look_for("label", "Done"))
+        sheet = self.open_sheet("FM…", title)
+        field = self.window.find("text", "Carrier frequency in hertz", sheet)
+        self.assertEqual(field.text(), "0")  # what was read
+        self.press(sheet, "Cancel")
+        self.window.wait_until_closed(title)
+
     def test_hd(self):
         sheet = self.open_sheet("HD…", "HD")
         self.press(sheet, "Fourth")

@@ -20,6 +20,10 @@ namespace {
 
 constexpr std::size_t kSamples = 300000; // more than one thread takes at a time
 
+bool isOnWindowsThread() {
+    return QThread::currentThread() == QCoreApplication::instance()->thread();
+}
+
 /// Lets long work go on only when the window has handled an event. Work that is done on the
 /// window's own thread, or that this thread waits for without its events, can never do so.
 class Meetings {
@@ -50,10 +54,6 @@ public:
     bool wasBlocked() const { return blocked_; }
 
 private:
-    static bool isOnWindowsThread() {
-        return QThread::currentThread() == QCoreApplication::instance()->thread();
-    }
-
     std::atomic<int> count_{0};
     std::atomic<bool> blocked_{false};
 };
@@ -78,6 +78,7 @@ private:
 struct AwakeWindow : WindowUnderTest {
     Meetings meetings;
     MeetingWorkers workers{meetings};
+    std::vector<std::string> callsOnWindowsThread; ///< of those that write
 
     AwakeWindow() {
         std::vector<float> sound(kSamples);
@@ -88,7 +89,10 @@ struct AwakeWindow : WindowUnderTest {
         versionMinor = 9;
         platform::services().workers = &workers;
         platform.files.whileReading = [this] { meetings.meetUnlessOnWindowsThread(); };
-        platform.operations.inject = [this](const std::string&, std::size_t) {
+        platform.operations.inject = [this](const std::string& call, std::size_t) {
+            if (isOnWindowsThread()) {
+                callsOnWindowsThread.push_back(call);
+            }
             meetings.meetUnlessOnWindowsThread();
             return 0L;
         };
@@ -152,6 +156,7 @@ private slots:
         panel->selectFile("/awake.caf");
         QMetaObject::invokeMethod(panel, "accept");
         QTRY_VERIFY(zemo.platform.files.files.contains("/awake.caf"));
+        QCOMPARE(zemo.callsOnWindowsThread, std::vector<std::string>{});
         zemo.verifyMet();
         const int met = zemo.meetings.count();
         zemo.delegate.openFileNamed("/awake.caf");
@@ -164,6 +169,7 @@ private slots:
         AwakeWindow zemo;
         zemo.delegate.exportFile("/awake.wav");
         QVERIFY(zemo.platform.files.files.contains("/awake.wav"));
+        QCOMPARE(zemo.callsOnWindowsThread, std::vector<std::string>{});
         zemo.verifyMet();
         const int met = zemo.meetings.count();
         R = 96000.0; // so that the rate is converted as well

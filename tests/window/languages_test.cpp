@@ -315,6 +315,39 @@ private slots:
         }
     }
 
+    static void theNumbersAreWrittenAsInTheLanguage() {
+        const QLocale before;
+        qunsetenv("LC_ALL");
+        qunsetenv("LC_NUMERIC");
+        QLocale::setDefault(QLocale(QLocale::English));
+        {
+            const Spoken spoken("fr");
+            Loaded window;
+            AppDelegate& d = window.delegate;
+            d.HDDialog(nullptr);
+            QCOMPARE(d.hdHpfSlopeTextField->text(), QString("0,995"));
+            QCOMPARE(d.hdPanel->findChild<QLabel*>("hdHpfSlopeTextFieldUnit")->text(),
+                     QString("de 0,6 à 0,998"));
+            d.hdKneeTextField->setText("0,3");
+            d.hdOkButton->click();
+            QCOMPARE(d.hdKneeTextField->text(), QString("0,3")); // a number here
+        }
+        QCOMPARE(QLocale().decimalPoint(), QString("."));
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Switzerland));
+        {
+            const Spoken spoken("de"); // of which this locale is one
+            QCOMPARE(QLocale().territory(), QLocale::Switzerland);
+        }
+        QLocale::setDefault(QLocale(QLocale::English));
+        qputenv("LC_NUMERIC", "en_GB.UTF-8"); // as somebody wants it
+        {
+            const Spoken spoken("de");
+            QCOMPARE(QLocale().decimalPoint(), QString("."));
+        }
+        qunsetenv("LC_NUMERIC");
+        QLocale::setDefault(before);
+    }
+
     static void theWordsOfTheWindowAreTranslated() {
         const Spoken spoken("de");
         Loaded window;

@@ -137,6 +137,33 @@ private slots:
         QVERIFY(panelOf(zemo.delegate) == nullptr);
     }
 
+    /// They may have been meant for what was there before the panel.
+    void returnAndSpaceInThePanelDoNothing() {
+        WindowUnderTest zemo;
+        SteppedWork work;
+        QTimer timer;
+        bool wereTyped = false;
+        connect(&timer, &QTimer::timeout, this, [&] {
+            ProgressPanel* const panel = panelOf(zemo.delegate);
+            if (panel == nullptr) {
+                return;
+            }
+            if (!std::exchange(wereTyped, true)) {
+                auto* const button = panel->findChild<QPushButton*>("progressCancelButton");
+                QVERIFY(button->focusPolicy() == Qt::NoFocus && !button->hasFocus());
+                QWidget* const focus = panel->focusWidget();
+                for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+                    QTest::keyClick(panel, key);
+                    QTest::keyClick(focus != nullptr ? focus : panel, key);
+                }
+            }
+            work.step();
+        });
+        timer.start(1);
+        QVERIFY(longWork().run([&] { work(); }, platform::Cancel::Allowed));
+        QVERIFY(wereTyped);
+    }
+
     void whatCannotBeCancelledHasNoButtonAndGoesOn() {
         WindowUnderTest zemo;
         bool hadButton = false;
@@ -166,13 +193,13 @@ private slots:
         zemo.delegate.ustruct.buf = allocateSamples(1);
         zemo.delegate.ustruct.bufsize = 1;
         zemo.platform.files.files["/new.raw"] = {0, 0, 0, 0};
+        zemo.delegate.AMDialog(nullptr);
         SteppedWork work;
         QTimer timer;
         connect(&timer, &QTimer::timeout, this, [&] {
             work.step();
             zemo.delegate.revertAction(nullptr);
             zemo.delegate.openFileNamed("/new.raw");
-            zemo.delegate.AMDialog(nullptr);
             zemo.delegate.amOkButton->click();
         });
         timer.start(1);

@@ -37,6 +37,10 @@ std::vector<float> expectedOf(const std::function<Refusal()>& transformation) {
     return result;
 }
 
+QString resultOf(const AppDelegate& delegate) {
+    return delegate.window->findChild<QLabel*>("resultValue")->text();
+}
+
 /// A window with someSound(), its trace empty, the mechanism chosen.
 struct SheetUnderTest : WindowUnderTest {
     explicit SheetUnderTest(std::int32_t minor, double rate = 48000.0) : WindowUnderTest(rate) {
@@ -327,6 +331,124 @@ private slots:
         QCOMPARE(zemo.delegate.ustruct.bufsize, 0);
         QVERIFY(!doAM);
         QCOMPARE(zemo.delegate.window->findChild<QLabel*>("resultValue")->text(), before);
+    }
+
+    void aSheetThatDoesNothingClearsWhatAnEarlierOneSaid_data() { addMechanisms(); }
+    void aSheetThatDoesNothingClearsWhatAnEarlierOneSaid() {
+        QFETCH(const int, minor);
+        SheetUnderTest zemo(minor);
+        AppDelegate& d = zemo.delegate;
+        const QString nothing = resultOf(d);
+        const auto sayDone = [&] {
+            d.AMDialog(nullptr);
+            d.amFreqTextField->setText("440");
+            d.amOkButton->click();
+            zemo.traced();
+            QCOMPARE(resultOf(d), QString("Done"));
+        };
+        for (const Sheet& sheet : kSheets) {
+            sayDone();
+            (d.*sheet.open)(nullptr);
+            (d.*sheet.cancel)->click();
+            zemo.traced();
+            QCOMPARE(resultOf(d), nothing);
+        }
+        sayDone();
+        d.AMDialog(nullptr);
+        d.amFreqTextField->setText("0");
+        d.amOkButton->click();
+        zemo.traced();
+        QCOMPARE(resultOf(d), nothing);
+        sayDone();
+        d.FMDialog(nullptr);
+        d.fmIndexTextField->setText("-1");
+        d.fmOkButton->click();
+        zemo.traced();
+        QCOMPARE(resultOf(d), nothing);
+        sayDone();
+        d.HDDialog(nullptr);
+        d.hdSegment->setSelectedForSegment(false, 0);
+        d.hdOkButton->click();
+        zemo.traced();
+        QCOMPARE(resultOf(d), nothing);
+    }
+
+    void aSheetThatDoesNothingLeavesWhatElseWasSaid() {
+        SheetUnderTest zemo(kCurrent);
+        zemo.delegate.exportFile("/kept.wav");
+        const QString said = resultOf(zemo.delegate);
+        QVERIFY(said.startsWith("Exported as kept.wav"));
+        zemo.delegate.AMDialog(nullptr);
+        zemo.delegate.amCancelButton->click();
+        QCOMPARE(resultOf(zemo.delegate), said);
+    }
+
+    void theFieldsShowWhatWasRead_data() { addMechanisms(); }
+    void theFieldsShowWhatWasRead() {
+        QFETCH(const int, minor);
+        SheetUnderTest zemo(minor);
+        AppDelegate& d = zemo.delegate;
+        d.ResampleDialog(nullptr);
+        d.resamplingTextField->setText("1,5");
+        d.resamplingOkButton->click();
+        zemo.traced();
+        QCOMPARE(rvalue, 1.0F);
+        QCOMPARE(d.resamplingTextField->text(), QString("1"));
+        d.AMDialog(nullptr);
+        d.amFreqTextField->setText("many");
+        d.amIndexTextField->setText(" 0.50");
+        d.amOkButton->click();
+        zemo.traced();
+        QCOMPARE(d.amFreqTextField->text(), QString("0"));
+        QCOMPARE(d.amIndexTextField->text(), QString(" 0.50")); // is what was read
+        d.FMDialog(nullptr);
+        d.fmFreqTextField->setText("440 Hz");
+        d.fmIndexTextField->setText("0.1.2");
+        d.fmLpfTextField->setText("8 or so");
+        d.fmOkButton->click();
+        zemo.traced();
+        QCOMPARE(d.fmFreqTextField->text(), QString("440"));
+        QCOMPARE(d.fmIndexTextField->text(), QString("0.1"));
+        QCOMPARE(d.fmLpfTextField->text(), QString("8"));
+        d.HDDialog(nullptr);
+        d.hdHpfAttackTextField->setText("300.9");
+        d.hdKneeTextField->setText("0,3");
+        d.hdOkButton->click();
+        zemo.traced();
+        QCOMPARE(d.hdHpfAttackTextField->text(), QString("300"));
+        QCOMPARE(d.hdKneeTextField->text(), QString("0"));
+        d.HDDialog(nullptr);
+        d.hdKneeTextField->setText("what was typed");
+        d.hdCancelButton->click();
+        QCOMPARE(d.hdKneeTextField->text(), QString("what was typed"));
+    }
+
+    void theNumbersHaveTheLocalesDecimalSign_data() { addMechanisms(); }
+    void theNumbersHaveTheLocalesDecimalSign() {
+        QFETCH(const int, minor);
+        const QLocale before;
+        QLocale::setDefault(QLocale(QLocale::German));
+        SheetUnderTest zemo(minor);
+        AppDelegate& d = zemo.delegate;
+        d.HDDialog(nullptr);
+        QCOMPARE(d.hdHpfSlopeTextField->text(), QString("0,995"));
+        QCOMPARE(d.hdPanel->findChild<QLabel*>("hdHpfSlopeTextFieldUnit")->text(),
+                 QString("0,6 to 0,998"));
+        QCOMPARE(d.hdPanel->findChild<QLabel*>("hdCompTextFieldUnit")->text(), QString("0,2 to 1"));
+        d.hdHpfSlopeTextField->setText("0.5");
+        d.hdKneeTextField->setText("0,3");
+        d.hdCompTextField->setText("0.7");
+        d.hdOkButton->click();
+        zemo.traced();
+        QCOMPARE(d.hdHpfSlopeTextField->text(), QString("0,6"));
+        QCOMPARE(d.hdKneeTextField->text(), QString("0,3"));
+        QCOMPARE(d.hdCompTextField->text(), QString("0,7"));
+        d.ResampleDialog(nullptr);
+        QCOMPARE(d.resamplingTextField->text(), QString("1,5"));
+        d.resamplingOkButton->click();
+        zemo.traced();
+        QCOMPARE(rvalue, 1.5F);
+        QLocale::setDefault(before);
     }
 
     void theFmSheetClampsTheEnvelopeInItsField_data() {

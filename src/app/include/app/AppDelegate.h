@@ -46,8 +46,9 @@ struct SheetKind;
 
 /// The application's controller: it owns the window's outlets, starts the output at launch and
 /// carries every action. Outlets are filled by name from the interface files. All of it is [main];
-/// the render callback's messages come through a queue that the controller drains. While long work
-/// is under way whatever would change or save the sound does nothing.
+/// the render callback's messages come through a queue that the controller drains. While work is
+/// under way (WorkInWindow's turns) nothing else is begun: no sheet, panel or message opens, no
+/// handler does anything, and during a transformation no play starts.
 class AppDelegate : public QObject, public RenderDelegate, public MidiDelegate {
     Q_OBJECT
 public:
@@ -219,14 +220,20 @@ private:
     void askForStop(TitledButton* sender);
     /// True while the output has anything to be attended to.
     Q_INVOKABLE bool attendPlayback();
+    bool ignoresPress() const;
     void onceClosed(std::function<void()> action);
     enum class Level { Scaled, Exact };
-    void openChosenFile(const QString& path, Level level = Level::Scaled);
+    void openChosenFile(const QString& path);
+    void readFile(const QString& path, Level level);
     void openChosenRawFile(const QString& path);
     bool loadSheet(const SheetKind& kind);
     void openSheet(const SheetKind& kind);
     void closeSheet(const SheetKind& kind);
     void cancelSheet(const SheetKind& kind);
+    /// Does what a sheet's OK stands for, in a turn that lasts until the sheet has ended.
+    void confirmSheet(const std::function<void()>& action);
+    void sheetHasEnded(const SheetKind& kind);
+    void localizeFields(SheetPanel* panel);
     /// Keeps the copy for Revert and transforms the sound, unless there is a `refusal` already. A
     /// play under way falls idle first.
     void transform(const Refusal& refusal, const std::function<Refusal()>& transformation);
@@ -234,10 +241,12 @@ private:
     void modulateAmplitude(int segment);
     void modulatePhase();
     HdSettings readHdFields();
+    bool showHdRanges();
     /// Asks where to save a sound. `whenSaved` is called once that is done, if it is.
     void openSavePanel(const HeldSound& sound, const std::string& name,
                        const std::function<void()>& whenSaved);
     bool saveHeld(const QString& path, const HeldSound& sound);
+    void readForeignFile(const QString& path);
     void describeSound(const QString& path, const std::string& status, bool isRefused);
     void describeLength();
     void describeFailure(const platform::Error& error);
@@ -278,6 +287,7 @@ private:
     void takeOverview(const overview::Overview& made);
     void showPlayhead();
     void showResult(const QString& text); ///< and no reason
+    void clearTransformationsResult();
     /// Says why a file was refused and what to do about it; with an empty text nothing.
     void showReason(const QString& text);
     /// Has what the window says now (result, reason, notice) spoken, once the event is over.
@@ -330,8 +340,10 @@ private:
     bool isNoteTitleDue_ = false; ///< between a note's press and its title
     bool isOpeningAtLaunch_ = false;
     int waitingNotes_ = 0; ///< until that is done
+    bool isResultOfTransformation_ = false;
     SheetSession sheets_;
     WorkInWindow work_;
+    WorkInWindow::Turn confirmedTurn_; ///< in the older way: from OK to the sheet's end
     RenderMessageQueue messages_;
     std::unique_ptr<ManualWindow> manual_; ///< from when it was first asked for
     QTimer attendant_;                     ///< runs while the output has anything to be attended to

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <functional>
+#include <map>
 
 #include "interface/SheetPanel.h"
 
@@ -24,12 +25,18 @@ public:
     void endForApplication(SheetPanel* panel) { endForWindow(panel, 0); }
     void endForWindow(SheetPanel* panel, int returnCode);
 
-private:
-    void begin(SheetPanel* panel);
+    /// Whether a sheet has ended in the older way, and its `didEnd` is yet to run.
+    bool isEndAwaited() const noexcept { return awaitedEnds_ > 0; }
 
-    SheetPanel* panel_ = nullptr;
-    std::function<void()> didEnd_;
-    std::function<void(int)> completion_;
+private:
+    struct Session {
+        std::function<void()> didEnd;
+        std::function<void(int)> completion;
+    };
+    void begin(SheetPanel* panel, Session session);
+
+    std::map<SheetPanel*, Session> sessions_;
+    int awaitedEnds_ = 0;
 };
 
 } // namespace zemo

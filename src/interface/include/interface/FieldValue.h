@@ -12,4 +12,19 @@ double doubleValue(const QString& text);
 /// The whole number that the text begins with, held to the range of 32 bits.
 std::int32_t integerValue(const QString& text);
 
+/// What a field is to show in which `text` was typed and `used` is used: the text, if it is that
+/// number and nothing else in the locale's notation, else the number. It is read as that again. A
+/// number that is not finite cannot be shown; the text stays.
+QString shownNumber(const QString& text, float used);
+QString shownNumber(const QString& text, double used);
+QString shownNumber(const QString& text, std::int32_t used);
+
+/// The shortest decimal that is read as this number, with the locale's decimal sign.
+QString numberText(float value);
+QString numberText(double value);
+QString numberText(std::int32_t value);
+
+/// A number in English notation, with the locale's decimal sign.
+QString localizedNumber(const QString& english);
+
 } // namespace zemo

@@ -129,6 +129,7 @@ class AnotherServer(case.WindowCase):
         self.send_on_the_bus()
         sound = audio.write_caf(self.path("noise.caf"), RATE, audio.noise(2 * RATE, seed=5))
         self.launch(sound, environment=self.bus.environment | (environment or {}))
+        self.addCleanup(self.bus.let_clients_go)
         self.window.wait_for_label("noise.caf")
 
     def send_on_the_bus(self):

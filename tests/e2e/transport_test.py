@@ -11,7 +11,7 @@ from window import GREEN, PLAY, RED, STOP, press_keys
 
 setUpModule = case.start_desktop
 
-BURSTS = int(os.environ.get("ZEMO_BURSTS", "30"))
+BURSTS = int(os.environ.get("ZEMO_BURSTS", "10"))
 
 
 def xdotool(*words):

@@ -70,6 +70,7 @@ class Keyboard(BusCase):
         self.bus.let_clients_go()
         later = Sender(self.bus.environment)
         self.addCleanup(later.close)
+        self.addCleanup(self.bus.let_clients_go)  # before it closes
         self.bus.wait_for_clients()
         later.send(note_on(channel=2))
         self.bus.send(bytes([0xB1, 7, 99]))
@@ -135,6 +136,7 @@ class AnotherServer(case.WindowCase):
     def send_on_the_bus(self):
         self.sender = Sender(self.bus.environment)
         self.addCleanup(self.sender.close)
+        self.addCleanup(self.bus.let_clients_go)  # before it closes
 
     def kill_and_look_again(self):
         self.bus.kill()
@@ -170,6 +172,7 @@ class AnotherServer(case.WindowCase):
             self.kill_and_look_again()
             self.assert_a_note_plays(count)
             self.assertFalse(says(self.window, SILENT))
+        self.bus.let_clients_go()
         press_keys("ctrl+q")
         self.assertEqual(self.program.status(), 0)
 

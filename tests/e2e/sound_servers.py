@@ -344,13 +344,19 @@ class JackServer:
         self.record()
         if not self._waits:
             self._recorder.signal()
+            wait_for(self._freewheel_mark().exists, "JACK waits for its clients")
             self._waits = True
 
     def let_clients_go(self):
         """Before one of them ends."""
         if self._waits:
             self._recorder.signal()
+            if self._process.poll() is None:
+                wait_for(lambda: not self._freewheel_mark().exists(), "JACK goes by the clock")
             self._waits = False
+
+    def _freewheel_mark(self):
+        return self._recorder.path.with_name(self._recorder.path.name + ".freewheel")
 
 
 class DeafSocket:

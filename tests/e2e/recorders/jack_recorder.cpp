@@ -6,12 +6,13 @@
 // the last one and none is left out, and gives it back the time: it holds each period for its
 // length, and until all sleep. With a PARENT of 0 it does not look who sleeps: for MIDI it is
 // enough that nobody is left out. Clients are to come before that and to go after it: a
-// freewheeling server may take seconds over it.
+// freewheeling server may take seconds over it. While it freewheels there is a file FILE.freewheel.
 #include <array>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 #include <jack/jack.h>
@@ -32,6 +33,16 @@ struct Recorder {
 };
 
 std::atomic<bool> isFreewheeling{false};
+
+/// The server says when it has begun or ended to.
+void markFreewheel(int begins, void* mark) {
+    const char* const path = static_cast<const std::string*>(mark)->c_str();
+    if (begins == 0) {
+        std::remove(path);
+    } else if (std::FILE* file = std::fopen(path, "w")) {
+        std::fclose(file);
+    }
+}
 
 int process(jack_nframes_t count, void* context) {
     Recorder& recorder = *static_cast<Recorder*>(context);
@@ -78,6 +89,8 @@ int main(int count, char** words) {
                       Pace(jack_get_sample_rate(client), std::atoi(words[1])),
                       {}};
     jack_set_process_callback(client, process, &recorder);
+    std::string mark = std::string(words[2]) + ".freewheel";
+    jack_set_freewheel_callback(client, markFreewheel, &mark);
     jack_on_shutdown(
         client, [](void*) { kill(getpid(), SIGUSR2); }, nullptr);
     if (jack_activate(client) != 0) {

@@ -98,7 +98,7 @@ class MonitorCase(case.SoundCase):
         wait_for(lambda: self.listener.are_over(before + 1) or says(self.window, SILENT),
                  "a play is over, or silent")
         if self.listener.plays_so_far() == before:
-            self.window.wait_for_title(PLAY)
+            self.listener.wait_for_more(len(self.samples) / self.rate + 0.5)
             return self.assert_plays_as_rendered()
         self.assert_rendered(self.heard_after(before))
 

@@ -12,17 +12,20 @@
 #include "interface/SavePanel.h"
 #include "platform_linux/LinuxServices.h"
 #include "playback/SharedState.h"
+#include "support/Sheets.h"
 #include "support/WindowUnderTest.h"
 
 using namespace zemo;
+using zemo::test::addMechanisms;
 using zemo::test::currentSound;
+using zemo::test::kCurrent;
+using zemo::test::kLegacy;
+using zemo::test::kSheets;
 using zemo::test::loadSound;
+using zemo::test::Sheet;
 using zemo::test::WindowUnderTest;
 
 namespace {
-
-constexpr std::int32_t kLegacy = 8;
-constexpr std::int32_t kCurrent = 9;
 
 /// Something that the window's thread does in the middle of a piece of work.
 class Meanwhile {
@@ -80,24 +83,6 @@ std::vector<float> someSound() {
     }
     return sound;
 }
-
-struct Sheet {
-    void (AppDelegate::*open)(QObject*);
-    SheetPanel* AppDelegate::*panel;
-    QPushButton* AppDelegate::*ok;
-    QPushButton* AppDelegate::*cancel;
-};
-
-const std::vector<Sheet> kSheets{
-    {&AppDelegate::ResampleDialog, &AppDelegate::resamplePanel, &AppDelegate::resamplingOkButton,
-     &AppDelegate::resamplingCancelButton},
-    {&AppDelegate::AMDialog, &AppDelegate::amPanel, &AppDelegate::amOkButton,
-     &AppDelegate::amCancelButton},
-    {&AppDelegate::FMDialog, &AppDelegate::fmPanel, &AppDelegate::fmOkButton,
-     &AppDelegate::fmCancelButton},
-    {&AppDelegate::HDDialog, &AppDelegate::hdPanel, &AppDelegate::hdOkButton,
-     &AppDelegate::hdCancelButton},
-};
 
 /// A window with a sound, in the middle of whose next work something can be done.
 struct BusyWindow : WindowUnderTest {

@@ -6,17 +6,20 @@
 #include "dsp/Resampler.h"
 #include "dsp/SingleSideband.h"
 #include "playback/SharedState.h"
+#include "support/Sheets.h"
 #include "support/WindowUnderTest.h"
 
 using namespace zemo;
+using zemo::test::addMechanisms;
 using zemo::test::currentSound;
+using zemo::test::kCurrent;
+using zemo::test::kLegacy;
+using zemo::test::kSheets;
 using zemo::test::loadSound;
+using zemo::test::Sheet;
 using zemo::test::WindowUnderTest;
 
 namespace {
-
-constexpr std::int32_t kLegacy = 8;
-constexpr std::int32_t kCurrent = 9;
 
 std::vector<float> someSound(std::size_t samples = 30000) {
     std::vector<float> sound(samples);
@@ -61,30 +64,6 @@ struct SheetUnderTest : WindowUnderTest {
 };
 
 using Lines = std::vector<std::string>;
-
-void addMechanisms() {
-    QTest::addColumn<int>("minor");
-    QTest::newRow("older way") << kLegacy;
-    QTest::newRow("newer way") << kCurrent;
-}
-
-struct Sheet {
-    void (AppDelegate::*open)(QObject*);
-    SheetPanel* AppDelegate::*panel;
-    QPushButton* AppDelegate::*ok;
-    QPushButton* AppDelegate::*cancel;
-};
-
-const std::vector<Sheet> kSheets{
-    {&AppDelegate::ResampleDialog, &AppDelegate::resamplePanel, &AppDelegate::resamplingOkButton,
-     &AppDelegate::resamplingCancelButton},
-    {&AppDelegate::AMDialog, &AppDelegate::amPanel, &AppDelegate::amOkButton,
-     &AppDelegate::amCancelButton},
-    {&AppDelegate::FMDialog, &AppDelegate::fmPanel, &AppDelegate::fmOkButton,
-     &AppDelegate::fmCancelButton},
-    {&AppDelegate::HDDialog, &AppDelegate::hdPanel, &AppDelegate::hdOkButton,
-     &AppDelegate::hdCancelButton},
-};
 
 } // namespace
 

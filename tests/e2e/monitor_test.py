@@ -81,6 +81,18 @@ class MonitorCase(case.SoundCase):
         self.play_button().press()
         return before
 
+    def play_aloud(self):
+        """A long sound; again where a server was so slow that it plays silently."""
+        before = self.press_play()
+        wait_for(lambda: self.listener.plays_so_far() > before or says(self.window, SILENT),
+                 "a play is heard, or silent")
+        if self.listener.plays_so_far() == before:
+            self.listener.wait_for_more(0.5)  # that may have been said of an earlier play
+        if self.listener.plays_so_far() == before:
+            self.stop()
+            self.listener.wait_for_silence()
+            self.play_aloud()
+
     def play_button(self):
         return wait_for(lambda: self.window.look_for("push button", PLAY) or
                         self.window.look_for("push button", STOP), "there is a play button")
@@ -120,11 +132,11 @@ class MonitorLaws:
     def test_a_stop_at_any_moment_is_one_fade(self):
         self.begin(48000, 20)
         source = random.Random(16)
-        for number in range(STOPS):
-            self.play()
+        for _ in range(STOPS):
+            self.play_aloud()
             self.listener.wait_for_sound(source.uniform(0.01, 0.6))
             self.stop()
-            self.assert_stopped(self.heard_after(number), self.samples)
+            self.assert_stopped(self.listener.wait_for_plays(1)[-1], self.samples)
 
     def test_a_server_that_stops_for_a_moment_gets_all_of_it(self):
         self.begin(48000, 1)

@@ -37,6 +37,10 @@ class Sender:
         """The ports on the server that take MIDI."""
         return self._ask("ports", []).split()
 
+    def wait_until_connected(self):
+        """The program counts a source before it connects it."""
+        wait_for(lambda: self._ask("connected", []) == "yes", "the source is connected")
+
     def _ask(self, command, messages):
         self._process.stdin.write(f"{command} {' '.join(m.hex() for m in messages)}\n")
         self._process.stdin.flush()
@@ -66,12 +70,15 @@ class Bus:
     def __init__(self, desktop, period):
         self._server = JackServer(desktop, RATE, period, has_sound=False)
         self.environment = self._server.environment
-        self.wait_for_clients = self._server.wait_for_clients
         self.let_clients_go = self._server.let_clients_go
         self._sender = Sender(self.environment)
         self.send = self._sender.send
         self.send_timed = self._sender.send_timed
         self.ports = self._sender.ports
+
+    def wait_for_clients(self):
+        self._sender.wait_until_connected()
+        self._server.wait_for_clients()
 
     def close(self):
         self._sender.close()

@@ -3,6 +3,7 @@
 Reads commands from standard input, a line each, and answers each with a line:
   send HEX...     sends messages, in hexadecimal, as fast as the bus takes them; answers "sent"
   time HEX...     the same, but answers with the monotonic time of the last one in nanoseconds
+  connected       answers "yes" when somebody listens to it, else "no"
   ports           answers with the names of the ports on the server that take MIDI
 
 Into FILE, which may be a pipe, it writes what it hears and when: of each period the monotonic time
@@ -61,6 +62,8 @@ def main():
             if command == "send":
                 send(messages)
                 answer("sent")
+            elif command == "connected":
+                answer("yes" if client.get_all_connections(source) else "no")
             elif command == "ports":
                 answer(" ".join(port.name for port in client.get_ports(is_midi=True, is_input=True)))
             else:

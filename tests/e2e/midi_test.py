@@ -152,6 +152,7 @@ class AnotherServer(case.WindowCase):
         self.assertFalse(says(self.window, MIDI_LOST))
 
     def assert_a_note_plays(self, count):
+        self.sender.wait_until_connected()
         self.bus.wait_for_clients()
         self.sender.send(note_on())
         wait_for(lambda: self.program.output().count("IdleCycle = 1") == count, "the sound ends")

@@ -181,6 +181,7 @@ class MidiServer(case.SoundCase):
                     environment=self.bus.environment | self.server.environment)
         self.window.wait_for_label("noise.caf")
         self.addCleanup(self.bus.let_clients_go)
+        self.sender.wait_until_connected()
         self.bus.wait_for_clients()
 
     def test_one_that_dies_is_said_and_the_play_under_way_goes_on(self):

@@ -6,6 +6,7 @@ import sys
 from contextlib import suppress
 from pathlib import Path
 
+from faults import NO_MIDI, says
 from servers import end, wait_for
 from sound_servers import JackServer
 
@@ -37,9 +38,9 @@ class Sender:
         """The ports on the server that take MIDI."""
         return self._ask("ports", []).split()
 
-    def wait_until_connected(self):
+    def is_connected(self):
         """The program counts a source before it connects it."""
-        wait_for(lambda: self._ask("connected", []) == "yes", "the source is connected")
+        return self._ask("connected", []) == "yes"
 
     def _ask(self, command, messages):
         self._process.stdin.write(f"{command} {' '.join(m.hex() for m in messages)}\n")
@@ -75,10 +76,8 @@ class Bus:
         self.send = self._sender.send
         self.send_timed = self._sender.send_timed
         self.ports = self._sender.ports
-
-    def wait_for_clients(self):
-        self._sender.wait_until_connected()
-        self._server.wait_for_clients()
+        self.is_connected = self._sender.is_connected
+        self.wait_for_clients = self._server.wait_for_clients
 
     def close(self):
         self._sender.close()
@@ -94,6 +93,15 @@ def look_for_midi(window, sources):
                             "they are counted", timeout=5)
         return None
     wait_for(are_counted, f"there are {sources} MIDI sources")
+
+
+def wait_until_connected(source, window):
+    """Looks again where a busy server has not answered the program within two seconds."""
+    def is_connected():
+        if says(window, NO_MIDI):
+            look_for_midi(window, 1)
+        return source.is_connected()
+    wait_for(is_connected, "the source is connected")
 
 
 def note_on(channel=0, velocity=64):

@@ -2,8 +2,8 @@
 
 import audio
 import case
-from faults import MIDI_LOST, NO_MIDI, SILENT, says, wait_for_sentence
-from midi_bus import RATE, Bus, Sender, look_for_midi, note_off, note_on
+from faults import MIDI_LOST, SILENT, says, wait_for_sentence
+from midi_bus import RATE, Bus, Sender, look_for_midi, note_off, note_on, wait_until_connected
 from servers import wait_for
 from sound_servers import JackServer, PulseServer
 from window import PLAY, STOP, Program, Window, press_keys
@@ -23,12 +23,7 @@ class BusCase(case.WindowCase):
 
     def launch(self, *arguments):
         super().launch(*arguments, environment=self.bus.environment)
-        wait_for(self.source_is_counted, "the source is counted")
-
-    def source_is_counted(self):
-        if says(self.window, NO_MIDI):  # a busy server has not answered within two seconds
-            look_for_midi(self.window, 1)
-        return self.lines("MIDI Sources: 1") == 1
+        wait_until_connected(self.bus, self.window)
 
     def launch_with_sound(self, seconds=20):
         sound = audio.write_caf(self.path("noise.caf"), RATE, audio.noise(seconds * RATE, seed=5))
@@ -152,7 +147,7 @@ class AnotherServer(case.WindowCase):
         self.assertFalse(says(self.window, MIDI_LOST))
 
     def assert_a_note_plays(self, count):
-        self.sender.wait_until_connected()
+        wait_until_connected(self.sender, self.window)
         self.bus.wait_for_clients()
         self.sender.send(note_on())
         wait_for(lambda: self.program.output().count("IdleCycle = 1") == count, "the sound ends")

@@ -7,7 +7,7 @@ import numpy
 import audio
 import case
 from faults import LOST, MIDI_LOST, NO_MIDI, SILENT, Fault, says, seconds_until, wait_for_sentence
-from midi_bus import Sender, note_on
+from midi_bus import Sender, note_on, wait_until_connected
 from servers import wait_for
 from sound_servers import DeafSocket, JackServer, PipeWireServer, PulseServer, deaf_jack
 from window import PLAY, STOP, press_keys
@@ -181,7 +181,7 @@ class MidiServer(case.SoundCase):
                     environment=self.bus.environment | self.server.environment)
         self.window.wait_for_label("noise.caf")
         self.addCleanup(self.bus.let_clients_go)
-        self.sender.wait_until_connected()
+        wait_until_connected(self.sender, self.window)
         self.bus.wait_for_clients()
 
     def test_one_that_dies_is_said_and_the_play_under_way_goes_on(self):

@@ -8,7 +8,7 @@ from pathlib import Path
 
 import audio
 import case
-from midi_bus import RATE, Bus, note_on
+from midi_bus import RATE, Bus, note_on, wait_until_connected
 from servers import Desktop, wait_for
 from window import PROGRAM, STOP
 
@@ -63,7 +63,7 @@ class Rig(case.SoundCase):
         self.bus = Bus(desktop, PERIOD)
         self.addCleanup(self.bus.close)
         self.launch(environment=self.bus.environment | self.server.environment)
-        wait_for(lambda: "MIDI Sources: 1" in self.program.output(), "the source is connected")
+        wait_until_connected(self.bus, self.window)
         self.bus.wait_for_clients()
         self.place = len(self.program.output_from(0))
 

@@ -96,12 +96,20 @@ def look_for_midi(window, sources):
 
 
 def wait_until_connected(source, window):
-    """Looks again where a busy server has not answered the program within two seconds."""
+    """Looks again where a busy server has not answered the program within two seconds, or has not
+    connected the source, which happens beside several other servers."""
     def is_connected():
-        if says(window, NO_MIDI):
-            look_for_midi(window, 1)
+        with suppress(AssertionError):
+            return wait_for(lambda: source.is_connected() or says(window, NO_MIDI), "it answers",
+                            timeout=10) and source.is_connected()
+        return False
+
+    def is_connected_at_last():
+        if is_connected():
+            return True
+        look_for_midi(window, 1)
         return source.is_connected()
-    wait_for(is_connected, "the source is connected")
+    wait_for(is_connected_at_last, "the source is connected")
 
 
 def note_on(channel=0, velocity=64):

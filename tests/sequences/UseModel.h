@@ -12,7 +12,7 @@ namespace zemo::test {
 using Fingerprint = std::uint64_t;
 Fingerprint fingerprintOf(std::span<const float> samples);
 
-/// A sound as it should be.
+/// The sound that is expected.
 struct ModelSound {
     std::uint64_t id = 0; ///< 0: no sound; sounds made later have larger ones
     Fingerprint print = 0;

@@ -52,8 +52,10 @@ class Keyboard(BusCase):
         sound = audio.write_caf(self.path("long.caf"), RATE, audio.constant(0.25, 600 * RATE))
         self.program = Program(case.desktop, sound, environment=self.bus.environment)
         self.addCleanup(self.program.close)
-        while self.lines("Channel: 1, Message: b") == 0:  # until the source is connected
+        def is_heard():
             self.bus.send(bytes([0xB1, 7, 99]))
+            return self.lines("Channel: 1, Message: b") > 0
+        wait_for(is_heard, "the source is connected", longest_poll=0.01)
         self.addCleanup(self.bus.let_clients_go)
         self.bus.wait_for_clients()
         self.bus.send(note_on(channel=5))
